@@ -1,0 +1,21 @@
+# What the build needs from the system. docs/architecture.md gives each its reason.
+find_package(Qt5 5.15 REQUIRED COMPONENTS Core Gui Widgets LinguistTools)
+find_package(Threads REQUIRED)
+find_package(PkgConfig REQUIRED)
+
+pkg_check_modules(tinyxml REQUIRED IMPORTED_TARGET tinyxml)
+pkg_check_modules(cjson REQUIRED IMPORTED_TARGET libcjson)
+pkg_check_modules(sane REQUIRED IMPORTED_TARGET sane-backends)
+pkg_check_modules(turbojpeg REQUIRED IMPORTED_TARGET libturbojpeg)
+pkg_check_modules(png REQUIRED IMPORTED_TARGET libpng)
+pkg_check_modules(tiff REQUIRED IMPORTED_TARGET libtiff-4)
+pkg_check_modules(qpdf REQUIRED IMPORTED_TARGET libqpdf)
+pkg_check_modules(zlib REQUIRED IMPORTED_TARGET zlib)
+
+if(TARVEX_TESTS)
+  find_package(GTest REQUIRED)
+  find_package(Qt5 5.15 REQUIRED COMPONENTS Test)
+endif()
+if(TARVEX_BENCH)
+  find_package(benchmark REQUIRED)
+endif()

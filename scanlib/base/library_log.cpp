@@ -1,0 +1,53 @@
+#include "scanlib/base/library_log.h"
+
+#include <chrono>
+#include <cstdarg>
+#include <cstdio>
+#include <ctime>
+#include <mutex>
+
+namespace orva {
+
+namespace {
+
+std::mutex g_mutex;
+bool g_enabled = false;
+std::string g_file;
+
+} // namespace
+
+void setLibraryLog(bool enable, const std::string& file)
+{
+    const std::lock_guard<std::mutex> lock(g_mutex);
+    g_enabled = enable && !file.empty();
+    g_file = file;
+}
+
+void libraryLog(const char* format, ...)
+{
+    const std::lock_guard<std::mutex> lock(g_mutex);
+    if (!g_enabled) {
+        return;
+    }
+    std::FILE* const file = std::fopen(g_file.c_str(), "ae");
+    if (file == nullptr) {
+        return;
+    }
+    const auto now = std::chrono::system_clock::now();
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
+    const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch())
+                        .count()
+        % 1000;
+    std::tm parts {};
+    localtime_r(&seconds, &parts);
+    std::fprintf(file, "%04d-%02d-%02d %02d:%02d:%02d.%03d ", parts.tm_year + 1900, parts.tm_mon + 1,
+        parts.tm_mday, parts.tm_hour, parts.tm_min, parts.tm_sec, static_cast<int>(ms));
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::vfprintf(file, format, arguments);
+    va_end(arguments);
+    std::fputc('\n', file);
+    std::fclose(file);
+}
+
+} // namespace orva

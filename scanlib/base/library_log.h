@@ -1,0 +1,14 @@
+// The library's own log, switched on by SetLogInfo. Never the application's run log.
+#pragma once
+
+#include <string>
+
+namespace orva {
+
+/// Any thread. A line is on disk when the call returns. Does nothing while the log is off; a file
+/// that cannot be written is ignored.
+void libraryLog(const char* format, ...) __attribute__((format(printf, 1, 2)));
+/// Switches the log on (appending to the file) or off.
+void setLibraryLog(bool enable, const std::string& file);
+
+} // namespace orva
