@@ -1,0 +1,54 @@
+# Shared by the scripts of this folder; sourced, never run.
+# shellcheck shell=bash
+
+set -euo pipefail
+top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+cd "$top"
+export LC_ALL=C.UTF-8
+jobs=$(nproc)
+
+say() { printf '\n==> %s\n' "$*"; }
+fail() { printf 'error: %s\n' "$*" >&2; exit 1; }
+
+# What compiling needs.
+build_packages=(
+  build-essential ccache cmake libcjson-dev libcli11-dev libjpeg62-turbo-dev libpng-dev libqpdf-dev
+  libsane-dev libtiff-dev libtinyxml-dev libturbojpeg0-dev fonts-noto-cjk librsvg2-bin ninja-build
+  pkg-config qtbase5-dev qtbase5-dev-tools qttools5-dev qttools5-dev-tools zlib1g-dev)
+# What a run needs on a machine without a display.
+display_packages=(imagemagick openbox x11-utils xauth xdotool xvfb)
+# What the tests need beyond that.
+test_packages=(
+  "${display_packages[@]}" libgmock-dev libgtest-dev libsane libsane-common libtiff-tools libxml2-utils
+  poppler-utils procps qpdf sane-utils)
+lint_packages=(clang-format-14 clang-tidy-14 libxml2-utils shellcheck)
+bench_packages=(libbenchmark-dev libjpeg-turbo-progs time)
+
+# Installs those of the packages that are missing; asks for nothing when none is.
+need_packages() {
+  local missing=() package
+  for package in "$@"; do
+    dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q '^install ok installed$' \
+      || missing+=("$package")
+  done
+  [ "${#missing[@]}" -eq 0 ] && return 0
+  command -v apt-get >/dev/null || fail "these packages are missing: ${missing[*]}"
+  local root=()
+  if [ "$(id -u)" -ne 0 ]; then
+    command -v sudo >/dev/null || fail "install these packages, or sudo: ${missing[*]}"
+    root=(sudo)
+  fi
+  say "installing ${missing[*]}"
+  "${root[@]}" apt-get update -qq
+  "${root[@]}" env DEBIAN_FRONTEND=noninteractive \
+    apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+}
+
+# Configures a preset once (again when asked by CMake itself) and builds it.
+build_preset() {
+  local preset=$1
+  [ -f "build/$preset/build.ninja" ] || cmake --preset "$preset" >"build.$preset.log" 2>&1 \
+    || { cat "build.$preset.log"; rm -f "build.$preset.log"; fail "configuring $preset"; }
+  rm -f "build.$preset.log"
+  cmake --build --preset "$preset" -j "$jobs"
+}
