@@ -1,9 +1,9 @@
 // The operations on pages, in their one order. Each lives in a file of its own under ops/.
 #pragma once
 
-#include <vector>
-
 #include "scanlib/page/image_settings.h"
+
+#include <vector>
 
 namespace orva {
 
