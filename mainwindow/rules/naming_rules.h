@@ -1,0 +1,96 @@
+// How output files are named: the parts of a name, the example of the settings page, the serial
+// number fields. The scanner library names the files by the same rule in its own code:
+//
+//   name      = prefix [+ separator, when the prefix is not empty] + (stamp | serial) + "." +
+//   extension stamp     = local date and time of the file in one of nine forms (timeStampFormat)
+//   serial    = the start text padded with "0" on the left to the digit count, then counted up by
+//   one
+//               a file: the trailing digits count and keep their width, letters in front stay
+//               (A12, A13; 007, 008), an overflow grows by one digit (999, 1000); a start without
+//               trailing digits stands as it is for the first file and gets 1, 2, 3 ... behind it;
+//               an empty start counts 1, 2, 3 ... and passes over names that are taken in the
+//               folder
+//   same name = "add a number": a name that is taken in the folder gets "_2", "_3" ... in front of
+//   the
+//               extension. "Overwrite" replaces files of earlier jobs; within one job no name is
+//               given twice in either mode, the later file gets the number
+//
+// Plain functions, any thread.
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+
+namespace rules {
+
+/// Longest texts that the file record holds, in characters (letters and digits).
+inline constexpr int kPrefixMaxLength = 19;
+inline constexpr int kSerialMaxLength = 10;
+/// Patterns of the two validators.
+inline constexpr char kPrefixPattern[] = "[a-zA-Z0-9]{0,19}";
+inline constexpr char kSerialPattern[] = "[a-zA-Z0-9]+$";
+/// Items of the separator list and of the date order list, in the order shown.
+inline constexpr const char* kSeparatorTexts[] = { "无", "-", "_" };
+inline constexpr const char* kDateOrderTexts[] = { "年月日", "日月年", "月日年" };
+
+/// 无 gives an empty text, "-" and "_" themselves, any other text itself.
+[[nodiscard]] QString separatorValue(const QString& separatorText);
+
+/// Format for QDateTime::toString by separator and date order. An unknown separator joins the parts
+/// (quoted, so that its letters are not read as date parts), an unknown order reads as 年月日.
+[[nodiscard]] QString timeStampFormat(const QString& separatorText, const QString& dateOrder);
+[[nodiscard]] QString timeStamp(
+    const QDateTime& time, const QString& separatorText, const QString& dateOrder);
+
+/// The text with "0" in front until it has that many characters; a longer text stays as it is.
+[[nodiscard]] QString paddedSerial(const QString& text, int digits);
+/// The serial start that names are made of: empty when the digit count is 0, else padded.
+[[nodiscard]] QString defStartBit(const QString& text, int digits);
+/// The serial of the n-th file (from 0) of a job with this padded start; see the rule above. The
+/// example and the library agree on it; an empty start gives n + 1.
+[[nodiscard]] QString serialAt(const QString& paddedStart, qint64 n);
+
+/// The start text to show after a job.
+struct SerialAdvance
+{
+    QString text; ///< padded; unchanged when nothing was saved or the digit count is 0
+    bool grew = false; ///< longer than the digit count now: tell the run log
+    bool exhausted =
+        false; ///< longer than kSerialMaxLength: the text is unchanged, tell the operator
+};
+/// The next free number after a job that started at this text and saved that many files. Call it
+/// for every job named by serial number, failed ones too: their files exist.
+[[nodiscard]] SerialAdvance advanceSerial(const QString& startText, int digits, int savedFiles);
+
+/// What a change of the digit count does to the serial start.
+struct SerialFieldChange
+{
+    QString text; ///< to put into the field when it differs from the present text
+    bool integerValidator = false; ///< install QIntValidator(0, top)
+    int top = 0;
+    bool refreshExample = false;
+};
+/// digits 0 clears the field; any other cuts the text to its first `digits` characters, asks for
+/// the integer validator and refreshes the example name.
+[[nodiscard]] SerialFieldChange serialDigitsChanged(int digits, const QString& text);
+/// 10 to the power digits, in floating point; the largest int from 10 digits on.
+[[nodiscard]] int serialValidatorTop(int digits);
+
+/// Extension without the dot for a text of the file type list: 双层pdf gives pdf, 双层ofd ofd, an
+/// unknown text jpg, which is also the format that it is sent as.
+[[nodiscard]] QString extensionOf(const QString& fileTypeText);
+
+struct NamingControls
+{
+    QString prefix;
+    QString separator; ///< text of the list
+    bool byTime = true;
+    QString dateOrder;
+    QString serialStart; ///< text of the field
+    int serialDigits = 0;
+    QString fileType; ///< text of the list
+};
+/// The name that the first file of a job started at `now` would get in an empty folder.
+[[nodiscard]] QString exampleName(const NamingControls& controls, const QDateTime& now);
+
+} // namespace rules
