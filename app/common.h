@@ -2,24 +2,25 @@
 // small negative numbers for failure; nothing here throws. Any thread, except where it is said.
 #pragma once
 
-#include <string>
-
 #include <QString>
 
-/// Private data root, with a slash at the end; every per-user folder lies below it. Set before main.
+#include <string>
+
+/// Private data root, with a slash at the end; every per-user folder lies below it. Set before
+/// main.
 extern std::string g_strCommonPath;
 
-/// 0 when the effective user may write the path by the one mode bit that applies (owner, else group,
-/// else others), -1 otherwise, also when the path cannot be examined. Supplementary groups, the
-/// super-user and access-control lists are left out on purpose.
+/// 0 when the effective user may write the path by the one mode bit that applies (owner, else
+/// group, else others), -1 otherwise, also when the path cannot be examined. Supplementary groups,
+/// the super-user and access-control lists are left out on purpose.
 int checkWritable(const char* path);
 
 /// Name of the user that owns the running application: the owner of the first process, in the order
 /// of /proc, whose command line holds "TarvexBaseUI"; else the current user.
 QString getAppOwnUsr();
 
-/// mode 1 deletes the file: -1 null or empty path, -2 no such file, -3 it cannot be deleted, 0 done.
-/// Mode 0, and any other, does nothing and returns 0.
+/// mode 1 deletes the file: -1 null or empty path, -2 no such file, -3 it cannot be deleted, 0
+/// done. Mode 0, and any other, does nothing and returns 0.
 int com_del_file(const char* path, int mode);
 
 /// Copies the bytes of a file, no permissions or times. -1: the source cannot be opened; -2: the
@@ -30,8 +31,8 @@ int com_copy_file(std::string source, std::string destination);
 /// that cannot be made, or when the path is longer than 254 bytes.
 int createfolder(const char* path);
 
-/// Writes the last component of the home folder into the buffer and returns it. The buffer must hold
-/// that text; 256 bytes do.
+/// Writes the last component of the home folder into the buffer and returns it. The buffer must
+/// hold that text; 256 bytes do.
 char* GetUserName(char* buffer);
 
 /// Wide text to the multibyte text of the environment's locale, and back. Text that cannot be

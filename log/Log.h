@@ -1,9 +1,10 @@
 // The run log: the application's own diagnostic trace, one file, wiped at every start. Beside it a
-// date-named log for untagged messages, a level mask, stopwatches, and a second, stream-based logger
-// as free functions.
+// date-named log for untagged messages, a level mask, stopwatches, and a second, stream-based
+// logger as free functions.
 #pragma once
 
 #include <chrono>
+#include <cstdarg>
 #include <fstream>
 #include <mutex>
 #include <string>
@@ -29,9 +30,15 @@ public:
     CLog(const CLog&) = delete;
     CLog& operator=(const CLog&) = delete;
 
+    /// At most 255 bytes. -1 for a null or empty path, else 0.
     int SetLogFileName(const char* path);
+    /// Sets the run log's path and wipes that file, unless another copy of the application runs.
+    /// Not to be called by the process that holds the instance lock: the look at the lock would
+    /// release it.
     void CreateLogFile(const char* ignored);
+    /// Overwrites the file with zero bytes, then with bytes of value 1, and removes it.
     void DeleteLogFile(const char* path);
+    /// File name of the running executable, without its folder. -1 when it cannot be told.
     int LinuxGetModuleFileName(char* buffer, int size);
 
     /// One line of the run log. The tag is accepted and not written.
@@ -41,17 +48,24 @@ public:
     /// One line of the date-named log when the level shares a bit with the mask.
     void Add(int level, const char* format, ...) __attribute__((format(printf, 3, 4)));
 
+    /// 0, or -1 when the stopwatch runs already.
     int StarTimer(int id);
+    /// Seconds since the stopwatch was started; 0.0 when there is none. Removes it.
     double Duration(int id);
     double Duration_not_erase(int id);
     void Erase_a_timer(int id);
+    /// Year and month, without padding: 2024-3. 16 bytes are enough.
     void GetCurYearMonth(char* buffer);
 
     const char* logFileName() const { return m_logFileName; }
     int levelMask() const { return m_levelMask; }
 
 private:
-    void addTagged(const char* text);
+    void appendRunLog(const char* format, va_list values);
+    void appendDayLog(const char* format, va_list values);
+    void addDayLine(const char* format, ...) __attribute__((format(printf, 2, 3)));
+    std::string dayLogFile();
+    void readLevels();
 
     char m_message[3000] = {};
     int m_levelMask = 0;
@@ -72,7 +86,8 @@ extern CLog Log;
 /// pick the tagged form and lose the text.
 void runLog(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
-/// The stream-based logger; nothing in the application calls it.
+/// The stream-based logger; nothing in the application calls it. CreateLogFile: -604 for a null
+/// path, -612 when the file cannot be opened, else 0.
 extern std::ofstream g_LogFile;
 int CreateLogFile(const char* path);
 void AddLog(const char* format, ...) __attribute__((format(printf, 1, 2)));
