@@ -1,8 +1,14 @@
-// The job log: the audit trail of scanning work. One block a batch, one file a day, in monthly folders.
+// The job log: the audit trail of scanning work. One block a batch, one file a day, in monthly
+// folders.
 #pragma once
 
+#include <atomic>
+#include <chrono>
+#include <cstdarg>
+#include <functional>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// Tag of the job log; it names the files.
@@ -20,34 +26,53 @@ struct InstituteOfInformation
     std::vector<std::string> files; ///< full paths, in the order of arrival
 };
 
-/// Any thread. A block is never mixed with another one, of this process or of any other.
+/// Any thread. A block is never mixed with another one, of this process or of any other. Off after
+/// construction. What cannot be written is told to the run log.
 class ITProLog
 {
 public:
+    using Clock = std::function<std::chrono::system_clock::time_point()>;
+
     ITProLog();
     virtual ~ITProLog();
     ITProLog(const ITProLog&) = delete;
     ITProLog& operator=(const ITProLog&) = delete;
 
+    /// Destination: ".ORVA/TarvexBaseUI/" in the home folder.
     void GetDefaultSavePath();
+    /// Destination: the folder, when checkWritable accepts it; else the old one stays.
     void GetDestSavePath(const char* folder);
+    /// One line, at most 4095 bytes of it, in today's file of the tag.
     void Add(const char* tag, const char* format, ...) __attribute__((format(printf, 3, 4)));
+    /// One block, whole in the file of the day on which it is written.
     void AddBatch(InstituteOfInformation* record);
+    /// Local time of day, "14:05:09:042". 32 bytes are enough.
     void GetCurDayTime(char* buffer);
+    /// Year and month, without padding: 2024-3. 16 bytes are enough.
     void GetCurYearMonth(char* buffer);
+    /// Last component of the home folder, at most 31 bytes: what the record holds.
     void GetCurUserName(char* user);
+    /// Host name. A buffer without room for the name and its end is filled with size characters and
+    /// then has no end.
     void GetComputerName(char* buffer, int size);
 
     /// Above 0 enables writing.
     void setEnabledValue(unsigned char value);
     unsigned char enabledValue() const { return m_enabled; }
+    /// Ends with a slash. GUI thread, which also sets it.
     const char* destination() const { return m_destination; }
+    /// Takes the place of the system's clock; for tests.
+    void setClock(Clock clock) { m_clock = std::move(clock); }
 
 private:
-    unsigned char m_enabled = 0;
+    std::string formatLine(const char* format, va_list values);
+    void appendToday(const char* tag, const std::string& text, int lines);
+
+    std::atomic<unsigned char> m_enabled { 0 };
     std::mutex m_mutex;
     char m_message[4096] = {};
     char m_destination[4096] = {};
+    Clock m_clock;
 };
 
 /// The process-wide job log, made before main.
