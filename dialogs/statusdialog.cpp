@@ -1,0 +1,113 @@
+#include "dialogs/statusdialog.h"
+
+#include "dialogs/look.h"
+#include "dialogs/scan_status_texts.h"
+#include "log/Log.h"
+#include "ui_statusdialog.h"
+
+#include <QShowEvent>
+
+#include <cstdio>
+
+namespace {
+
+/// The smallest size; text and button that need more room make the dialog larger.
+constexpr QSize kDialogSize(165, 134);
+constexpr QSize kLabelSize(131, 71);
+constexpr QSize kButtonSize(80, 22);
+constexpr int kSideMargin = 16;
+constexpr int kTopMargin = 16;
+constexpr int kGap = 8;
+constexpr int kBottomMargin = 14;
+
+QString cancelText()
+{
+    return QStringLiteral("取消扫描");
+}
+
+QString doneText()
+{
+    return QStringLiteral("确 定");
+}
+
+} // namespace
+
+StatusDialog::StatusDialog(QWidget* parent)
+    : QDialog(parent)
+    , ui(std::make_unique<Ui::StatusDialog>())
+{
+    applyDialogLook(this);
+    ui->setupUi(this);
+}
+
+StatusDialog::~StatusDialog() = default;
+
+void StatusDialog::ShowStatusInfo(int code, int scanPage, int dealPage, int ocrPage)
+{
+    runLog("[func:ShowStatusInfo]ScanPage = %d, DealPage = %d, OcrPage = %d", scanPage, dealPage,
+        ocrPage);
+    if (m_cancelled) {
+        ui->pushButton->setEnabled(false);
+    }
+    switch (code) {
+    case kScanStarted:
+        ui->pushButton->setText(cancelText());
+        ui->pushButton->setEnabled(false);
+        ui->pushButton->hide();
+        m_cancelled = false;
+        break;
+    case kScanProgress:
+        ui->pushButton->setText(cancelText());
+        ui->pushButton->setEnabled(true);
+        ui->pushButton->show();
+        break;
+    case kScanFinished:
+        std::printf("SCAN_OVER ");
+        std::fflush(stdout);
+        ui->pushButton->setText(doneText());
+        ui->pushButton->setEnabled(true);
+        ui->pushButton->show();
+        break;
+    default:
+        break;
+    }
+    const ScanStatusTexts texts = scanStatusTexts(code, scanPage, dealPage, ocrPage);
+    setWindowTitle(texts.title);
+    ui->label->setText(texts.text);
+    if (isVisible()) {
+        fitToText();
+    }
+}
+
+void StatusDialog::on_pushButton_clicked()
+{
+    if (ui->pushButton->text() == cancelText()) {
+        m_cancelled = true;
+        emit SignalsInformCancelScan();
+        ui->pushButton->setText(doneText());
+    }
+    hide();
+}
+
+void StatusDialog::showEvent(QShowEvent* event)
+{
+    QDialog::showEvent(event);
+    fitToText();
+}
+
+// Never shrinks while it is shown: page counts that gain a digit must not make it jump to and fro.
+void StatusDialog::fitToText()
+{
+    const QSize label = kLabelSize.expandedTo(ui->label->sizeHint());
+    const QSize button = kButtonSize.expandedTo(ui->pushButton->sizeHint());
+    const QSize needed(std::max(label.width(), button.width()) + 2 * kSideMargin,
+        kTopMargin + label.height() + kGap + button.height() + kBottomMargin);
+    const QSize whole = kDialogSize.expandedTo(needed);
+    setMinimumSize(whole);
+    resize(size().expandedTo(whole));
+
+    ui->label->setGeometry(kSideMargin, kTopMargin, width() - 2 * kSideMargin,
+        height() - kTopMargin - kGap - button.height() - kBottomMargin);
+    ui->pushButton->setGeometry((width() - button.width()) / 2,
+        height() - kBottomMargin - button.height(), button.width(), button.height());
+}
