@@ -2,20 +2,21 @@
 // thread). What encode makes is spooled to disk, so a job needs the memory of a few pages only.
 #pragma once
 
+#include "scanlib/base/page.h"
+#include "scanlib/base/status.h"
+#include "sdk/codes.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "scanlib/base/page.h"
-#include "scanlib/base/status.h"
-#include "sdk/codes.h"
-
 namespace orva {
 
 /// One page ready to be written: the payload is a complete file of its own kind (JPEG, PNG, BMP,
-/// one-page TIFF, raw CCITT G4 ...; the format decides) and lies in `bytes` until it is spooled to `file`.
+/// one-page TIFF, raw CCITT G4 ...; the format decides) and lies in `bytes` until it is spooled to
+/// `file`.
 struct EncodedPage
 {
     std::vector<std::uint8_t> bytes;
@@ -50,7 +51,8 @@ class PageEncoder
 public:
     virtual ~PageEncoder() = default;
     /// Fills bytes, geometry and identity of the page. kNoMemory, kPageTooLarge, kInternal.
-    virtual Status encode(const Page& page, const EncodeOptions& options, EncodedPage& out) const = 0;
+    virtual Status encode(
+        const Page& page, const EncodeOptions& options, EncodedPage& out) const = 0;
 };
 
 /// Writes one file under the (temporary) path that it is given. begin, addPage one or more times,

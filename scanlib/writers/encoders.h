@@ -1,0 +1,40 @@
+// The encoders and writers, for the table in formats.cpp and for tests.
+#pragma once
+
+#include "scanlib/writers/writer.h"
+
+#include <memory>
+
+namespace orva {
+
+/// JPEG: JFIF with the resolution in dots per inch. Grey and black-and-white pages have one
+/// component. Colour keeps its full resolution from quality 90 on; below, one colour value serves
+/// 2 x 2 pixels, which nearly halves the file and leaves print readable. kPageTooLarge above
+/// 65,500 pixels.
+std::unique_ptr<PageEncoder> makeJpegEncoder();
+/// BMP: 24 bits, 8 bits with a grey palette, 1 bit with white and black. kPageTooLarge from 4 GiB.
+std::unique_ptr<PageEncoder> makeBmpEncoder();
+/// PNG: 8-bit RGB, 8-bit grey, 1-bit grey.
+std::unique_ptr<PageEncoder> makePngEncoder();
+/// One-page TIFF: CCITT group 4, else Deflate with horizontal differences. kPageTooLarge from 4
+/// GiB.
+std::unique_ptr<PageEncoder> makeTiffEncoder();
+/// Bare CCITT group 4 data for black-and-white (one strip, most significant bit first, ends with
+/// EOFB, black bits are ink), JPEG for the others.
+std::unique_ptr<PageEncoder> makePdfEncoder();
+
+/// For formats of one page: the payload is the file.
+std::unique_ptr<DocumentWriter> makeSinglePageWriter();
+/// A file that would outgrow the 32-bit offsets of TIFF 6.0 goes on as BigTIFF; the limit can be
+/// lowered for tests.
+std::unique_ptr<DocumentWriter> makeTiffWriter(std::uint64_t classicLimitBytes);
+/// Reads the payload files in finish(): they must last until then.
+std::unique_ptr<DocumentWriter> makePdfWriter();
+
+/// Geometry and identity of the page, for every encoder.
+void describe(const Page& page, EncodedPage& out);
+
+/// A page as bare CCITT group 4 data; kNoMemory, kPageTooLarge, kInternal.
+Status encodeFax(const Page& page, std::vector<std::uint8_t>& out);
+
+} // namespace orva

@@ -1,0 +1,50 @@
+// Which format is made by whom.
+#include "scanlib/writers/encoders.h"
+
+#include <algorithm>
+#include <array>
+
+namespace orva {
+
+namespace {
+
+// 64 MiB below what 32-bit offsets can reach: room for the directories.
+constexpr std::uint64_t kClassicTiffLimitBytes =
+    (std::uint64_t { 1 } << 32) - (std::uint64_t { 64 } << 20);
+
+std::unique_ptr<DocumentWriter> makeStandardTiffWriter()
+{
+    return makeTiffWriter(kClassicTiffLimitBytes);
+}
+
+const std::array kFormats {
+    OutputFormat { FileFormat::kJpg, false, makeJpegEncoder, makeSinglePageWriter },
+    OutputFormat { FileFormat::kBmp, false, makeBmpEncoder, makeSinglePageWriter },
+    OutputFormat { FileFormat::kPng, false, makePngEncoder, makeSinglePageWriter },
+    OutputFormat { FileFormat::kTif, true, makeTiffEncoder, makeStandardTiffWriter },
+    OutputFormat { FileFormat::kPdf, true, makePdfEncoder, makePdfWriter },
+};
+
+} // namespace
+
+const OutputFormat* findOutputFormat(FileFormat format)
+{
+    const auto* const found = std::find_if(kFormats.begin(), kFormats.end(),
+        [format](const OutputFormat& candidate) { return candidate.format == format; });
+    return found != kFormats.end() ? found : nullptr;
+}
+
+void describe(const Page& page, EncodedPage& out)
+{
+    out.width = page.width;
+    out.height = page.height;
+    out.format = page.format;
+    out.dpiX = page.dpiX;
+    out.dpiY = page.dpiY;
+    out.sheet = page.sheet;
+    out.side = page.side;
+    out.number = page.number;
+    out.stream = page.stream;
+}
+
+} // namespace orva

@@ -1,0 +1,191 @@
+#include "scanlib/writers/output_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <new>
+
+namespace orva {
+
+namespace {
+
+class Descriptor
+{
+public:
+    explicit Descriptor(int value)
+        : m_value(value)
+    {
+    }
+    ~Descriptor()
+    {
+        if (m_value >= 0) {
+            ::close(m_value);
+        }
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    int get() const { return m_value; }
+
+private:
+    int m_value;
+};
+
+} // namespace
+
+Status fileStatus(int error, const char* action, const std::filesystem::path& path)
+{
+    ResultCode code = kFileWrite;
+    switch (error) {
+    case ENOSPC:
+    case EDQUOT:
+        code = kDiskFull;
+        break;
+    case ENOENT:
+    case ENOTDIR:
+        code = kFolderMissing;
+        break;
+    case EACCES:
+    case EPERM:
+    case EROFS:
+        code = kFolderReadOnly;
+        break;
+    case ENOMEM:
+        code = kNoMemory;
+        break;
+    default:
+        break;
+    }
+    return { code, std::string(action) + " " + path.string() + ": " + std::strerror(error) };
+}
+
+OutputFile::~OutputFile()
+{
+    if (m_descriptor >= 0) {
+        ::close(m_descriptor);
+    }
+}
+
+Status OutputFile::open(const std::filesystem::path& path)
+{
+    if (m_descriptor >= 0) {
+        return { kInternal, "output file opened twice" };
+    }
+    m_path = path;
+    m_descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    return m_descriptor >= 0 ? Status {} : fileStatus(errno, "cannot create", path);
+}
+
+Status OutputFile::write(const void* data, std::size_t size)
+{
+    const auto* bytes = static_cast<const std::uint8_t*>(data);
+    while (size > 0) {
+        const ssize_t written = ::write(m_descriptor, bytes, size);
+        if (written < 0 && errno == EINTR) {
+            continue;
+        }
+        if (written <= 0) {
+            return fileStatus(written < 0 ? errno : EIO, "cannot write", m_path);
+        }
+        bytes += written;
+        size -= static_cast<std::size_t>(written);
+    }
+    return {};
+}
+
+Status OutputFile::appendFile(const std::filesystem::path& from)
+{
+    const Descriptor source(::open(from.c_str(), O_RDONLY | O_CLOEXEC));
+    struct stat info
+    {
+    };
+    if (source.get() < 0 || ::fstat(source.get(), &info) != 0) {
+        return { kFileWrite, "cannot read " + from.string() + ": " + std::strerror(errno) };
+    }
+    auto left = static_cast<std::size_t>(info.st_size);
+    bool inKernel = true;
+    std::array<std::uint8_t, 64 * 1024> buffer;
+    while (left > 0) {
+        if (inKernel) {
+            const ssize_t copied =
+                ::copy_file_range(source.get(), nullptr, m_descriptor, nullptr, left, 0);
+            if (copied > 0) {
+                left -= static_cast<std::size_t>(copied);
+                continue;
+            }
+            if (copied < 0 && errno == EINTR) {
+                continue;
+            }
+            // Two file systems, an old kernel, a device: any refusal but a full disk is no verdict.
+            if (copied < 0 && (errno == ENOSPC || errno == EDQUOT)) {
+                return fileStatus(errno, "cannot write", m_path);
+            }
+            inKernel = false;
+        }
+        const ssize_t got = ::read(source.get(), buffer.data(), std::min(left, buffer.size()));
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got <= 0) {
+            return { kFileWrite, "cannot read " + from.string() + " to its end" };
+        }
+        if (Status status = write(buffer.data(), static_cast<std::size_t>(got)); !status.ok()) {
+            return status;
+        }
+        left -= static_cast<std::size_t>(got);
+    }
+    return {};
+}
+
+Status OutputFile::finish()
+{
+    if (m_descriptor < 0) {
+        return { kInternal, "output file was never opened" };
+    }
+    // A device or pipe has nothing to flush.
+    if (::fsync(m_descriptor) != 0 && errno != EINVAL && errno != EROFS) {
+        return fileStatus(errno, "cannot flush", m_path);
+    }
+    const int closed = ::close(m_descriptor);
+    m_descriptor = -1;
+    return closed == 0 ? Status {} : fileStatus(errno, "cannot close", m_path);
+}
+
+Status readPayload(const EncodedPage& page, std::vector<std::uint8_t>& out)
+{
+    if (page.file.empty()) {
+        out = page.bytes;
+        return {};
+    }
+    const Descriptor source(::open(page.file.c_str(), O_RDONLY | O_CLOEXEC));
+    struct stat info
+    {
+    };
+    if (source.get() < 0 || ::fstat(source.get(), &info) != 0) {
+        return { kFileWrite, "cannot read " + page.file.string() + ": " + std::strerror(errno) };
+    }
+    out.resize(static_cast<std::size_t>(info.st_size));
+    std::size_t done = 0;
+    while (done < out.size()) {
+        const ssize_t got = ::read(source.get(), out.data() + done, out.size() - done);
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got <= 0) {
+            return { kFileWrite, "cannot read " + page.file.string() + " to its end" };
+        }
+        done += static_cast<std::size_t>(got);
+    }
+    return {};
+}
+
+Status appendPayload(const EncodedPage& page, OutputFile& file)
+{
+    return page.file.empty() ? file.write(page.bytes.data(), page.bytes.size())
+                             : file.appendFile(page.file);
+}
+
+} // namespace orva
