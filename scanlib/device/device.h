@@ -1,17 +1,18 @@
-// What a scanner must offer to the library: describe itself, take the settings of a job, deliver one
-// side after the other, be cancelled. One folder a driver; nothing above this header knows drivers.
+// What a scanner must offer to the library: describe itself, take the settings of a job, deliver
+// one side after the other, be cancelled. One folder a driver; nothing above this header knows
+// drivers.
 #pragma once
+
+#include "scanlib/base/cancel_token.h"
+#include "scanlib/base/page.h"
+#include "scanlib/base/status.h"
+#include "sdk/codes.h"
 
 #include <chrono>
 #include <cstddef>
 #include <memory>
 #include <string>
 #include <vector>
-
-#include "scanlib/base/cancel_token.h"
-#include "scanlib/base/page.h"
-#include "scanlib/base/status.h"
-#include "sdk/codes.h"
 
 namespace orva {
 
@@ -37,7 +38,12 @@ struct PaperSize
     double heightMm = 0;
 };
 
-enum class SourceKind { kFlatbed, kFeeder, kDuplex };
+enum class SourceKind
+{
+    kFlatbed,
+    kFeeder,
+    kDuplex
+};
 
 struct PaperSource
 {
@@ -77,12 +83,13 @@ struct AcquireSettings
     PaperSize area;
     int dpiX = 200;
     int dpiY = 200;
-    ColorMode mode = ColorMode::kColor; ///< black-and-white and multi-stream are made from grey or colour
+    ColorMode mode =
+        ColorMode::kColor; ///< black-and-white and multi-stream are made from grey or colour
     bool detectDoubleFeed = false;
 };
 
-/// One thread at a time, except requestCancel. No call blocks for ever: a device that does not answer
-/// gives kDeviceTimeout.
+/// One thread at a time, except requestCancel. No call blocks for ever: a device that does not
+/// answer gives kDeviceTimeout.
 class Device
 {
 public:
@@ -96,8 +103,8 @@ public:
 
     /// Before the first side of a job.
     virtual Status configure(const AcquireSettings& settings) = 0;
-    /// Delivers the next side: pixels as grey or colour (black-and-white only where the device has a
-    /// true 1-bit mode), resolution, sheet and side; the page's number is set by the caller.
+    /// Delivers the next side: pixels as grey or colour (black-and-white only where the device has
+    /// a true 1-bit mode), resolution, sheet and side; the page's number is set by the caller.
     /// endOfFeed true (and ok): no more sides, page untouched. kNoPaper: not even a first one.
     /// kCancelled once the token is set or requestCancel was called. Any other code ends the job.
     virtual Status nextPage(Page& page, bool& endOfFeed, const CancelToken& cancel) = 0;

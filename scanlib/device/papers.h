@@ -1,12 +1,12 @@
 // The paper sizes that a source offers, by what its largest area can hold. Shared by the drivers.
 #pragma once
 
+#include "scanlib/device/device.h"
+
 #include <algorithm>
 #include <array>
 #include <string_view>
 #include <vector>
-
-#include "scanlib/device/device.h"
 
 namespace orva {
 
@@ -32,8 +32,8 @@ inline constexpr std::array<NamedPaper, 7> kPapers { {
     { "名片", 90, 54 },
 } };
 
-/// Papers that fit, in the order of the table, "自动" last. Many devices stop a little short of the paper
-/// that they are made for; such a paper is offered and clipped.
+/// Papers that fit, in the order of the table, "自动" last. Many devices stop a little short of the
+/// paper that they are made for; such a paper is offered and clipped.
 inline std::vector<PaperSize> papersWithin(double maxWidthMm, double maxHeightMm)
 {
     constexpr double kShortfallMm = 3;
