@@ -60,6 +60,13 @@ QFont textFont()
 
 } // namespace
 
+void prepareScaling()
+{
+    QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QApplication::setHighDpiScaleFactorRoundingPolicy(
+        Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
+}
+
 void install()
 {
     registerResources();
@@ -67,6 +74,7 @@ void install()
         return;
     }
     qApp->setProperty(kDoneProperty, true);
+    QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     QApplication::setPalette(palette());
     QApplication::setFont(textFont());
@@ -101,7 +109,22 @@ QIcon icon(const QString& name)
     if (QFile::exists(chosen)) {
         icon.addFile(chosen, QSize(), QIcon::Normal, QIcon::On);
     }
+    const QString white = QStringLiteral(":/icons/%1-white.png").arg(name);
+    if (QFile::exists(white)) {
+        icon.addFile(white, QSize(), QIcon::Selected, QIcon::Off);
+    }
     return icon;
+}
+
+QPixmap pixmap(const QIcon& icon, int size, const QWidget* widget)
+{
+    const qreal ratio = widget->devicePixelRatioF();
+    QPixmap picture = icon.pixmap(QSize(size, size) * ratio);
+    // The icon may already have multiplied by the application's ratio.
+    picture =
+        picture.scaled(QSize(size, size) * ratio, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    picture.setDevicePixelRatio(ratio);
+    return picture;
 }
 
 } // namespace look

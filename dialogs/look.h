@@ -4,9 +4,14 @@
 
 #include <QDialog>
 #include <QIcon>
+#include <QPixmap>
 #include <QString>
 
 namespace look {
+
+/// Lets Qt follow the scale of the screens. Call it before the application object is made; without
+/// it a high-density screen shows a small window.
+void prepareScaling();
 
 /// Puts the look on the application, once; later calls do nothing. Registers the resources. Call it
 /// before the first window; everything below does it as well.
@@ -15,10 +20,13 @@ void install();
 /// The application's icon in all its sizes, 16 to 512 pixels.
 QIcon appIcon();
 
-/// One of the icons of tabs and buttons, by the name of its drawing ("scan", "folder"); 20 x 20
-/// with a variant for high-density screens. "settings", "parameters", "preview", "user" and "about"
-/// have a second state for a chosen tab. A name that is not there gives an empty icon.
+/// One of the icons of tabs, lists ("scanner") and buttons ("button-scan"), by the name of its
+/// picture; 20 x 20, those of buttons 24 x 20, with a variant for high-density screens. Those of
+/// tabs have a second state for the chosen tab. A name that is not there gives an empty icon.
 QIcon icon(const QString& name);
+
+/// An icon as a picture of the given edge length for a label, sharp on the screen of that widget.
+QPixmap pixmap(const QIcon& icon, int size, const QWidget* widget);
 
 } // namespace look
 

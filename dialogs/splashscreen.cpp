@@ -35,7 +35,7 @@ splashScreen::splashScreen(QWidget* parent)
     setWindowTitle(QStringLiteral("Velmar扫描软件"));
 
     auto* iconLabel = new QLabel(this);
-    iconLabel->setPixmap(look::appIcon().pixmap(kIconSize, kIconSize));
+    iconLabel->setPixmap(look::pixmap(look::appIcon(), kIconSize, this));
 
     QFont font = m_searchLabel->font();
     font.setPointSize(kTextPointSize);

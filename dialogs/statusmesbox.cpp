@@ -65,7 +65,8 @@ bool StatusMessageBox::ShowStatusError(int code)
     setSingleYesButton();
     setIcon(entry.isError ? QMessageBox::Critical : QMessageBox::Information);
     setWindowIcon(style()->standardIcon(
-        entry.isError ? QStyle::SP_MessageBoxCritical : QStyle::SP_MessageBoxInformation));
+        entry.isError ? QStyle::SP_MessageBoxCritical : QStyle::SP_MessageBoxInformation, nullptr,
+        this));
     setWindowTitle(entry.isError ? QStringLiteral("错 误") : QStringLiteral("提示"));
     return true;
 }
@@ -73,7 +74,7 @@ bool StatusMessageBox::ShowStatusError(int code)
 void StatusMessageBox::CustomMsgBox(QString title, QString text)
 {
     setSingleYesButton();
-    setWindowIcon(style()->standardIcon(QStyle::SP_MessageBoxQuestion));
+    setWindowIcon(style()->standardIcon(QStyle::SP_MessageBoxQuestion, nullptr, this));
     setIcon(QMessageBox::Information);
     setWindowTitle(title);
     setText(text);

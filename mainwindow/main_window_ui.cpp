@@ -1,14 +1,21 @@
 // Joins the forms of the main window. Rules, wiring and texts that change are not here.
 #include "mainwindow/main_window_ui.h"
 
+#include "dialogs/look.h"
+
 #include <QAbstractSpinBox>
 #include <QEvent>
 #include <QKeySequence>
 #include <QRegularExpressionValidator>
 #include <QScrollArea>
 #include <QShortcut>
+#include <QTabBar>
 
 namespace {
+
+constexpr QSize kTabIconSize(20, 20);
+constexpr QSize kButtonIconSize(24, 20);
+constexpr int kProductIconSize = 64;
 
 /// Turning the wheel over a page must scroll it, not change a setting that the pointer happens to
 /// cross: lists, sliders and number fields answer to the wheel only while they have the focus.
@@ -45,7 +52,7 @@ public:
 };
 
 template <class Form>
-QWidget* addPage(QTabWidget* tabs, Form* form, WheelGuard* guard)
+void addPage(QTabWidget* tabs, Form* form, WheelGuard* guard, const char* iconName)
 {
     auto* page = new QWidget;
     form->setupUi(page);
@@ -58,13 +65,13 @@ QWidget* addPage(QTabWidget* tabs, Form* form, WheelGuard* guard)
     scroll->setWidgetResizable(true);
     scroll->setFocusPolicy(Qt::NoFocus);
     scroll->setWidget(page);
-    const int index = tabs->addTab(scroll, page->windowTitle());
+    const int index =
+        tabs->addTab(scroll, look::icon(QLatin1String(iconName)), page->windowTitle());
 
     auto* shortcut = new QShortcut(QKeySequence(Qt::CTRL + Qt::Key_1 + index), tabs);
     QObject::connect(
         shortcut, &QShortcut::activated, tabs, [tabs, index] { tabs->setCurrentIndex(index); });
     tabs->setTabToolTip(index, shortcut->key().toString(QKeySequence::NativeText));
-    return page;
 }
 
 void setValidator(QLineEdit* edit, const char* pattern)
@@ -73,20 +80,50 @@ void setValidator(QLineEdit* edit, const char* pattern)
         new QRegularExpressionValidator(QRegularExpression(QLatin1String(pattern)), edit));
 }
 
+void setIcons(const MainWindowUi& ui)
+{
+    const std::initializer_list<std::pair<QPushButton*, const char*>> icons {
+        { ui.scanMainBtn, "button-scan" },
+        { ui.templateBtn, "button-template" },
+        { ui.exitMainBtn, "button-exit" },
+        { ui.preViewBtn, "button-preview" },
+        { ui.selPathBtn, "button-folder" },
+        { ui.baseSetDefaultBtn, "button-reset" },
+        { ui.btn_Login, "button-login" },
+        { ui.btn_Logout, "button-exit" },
+        { ui.btn_ChangePwd, "button-password" },
+        { ui.btn_Log_Management, "button-log" },
+        { ui.button_SetSleepTime, "button-sleep" },
+        { ui.button_setPrefeed, "button-feed" },
+        { ui.button_log_controller, "button-log" },
+        { ui.SetLogSavePathBth, "button-folder" },
+        { ui.button_clear_tmpdata, "button-clean" },
+    };
+    for (const auto& [button, name] : icons) {
+        button->setIcon(look::icon(QLatin1String(name)));
+        button->setIconSize(kButtonIconSize);
+    }
+    ui.appIconLabel->setPixmap(look::pixmap(look::appIcon(), kProductIconSize, ui.appIconLabel));
+}
+
 } // namespace
 
 void MainWindowUi::setupUi(QMainWindow* window)
 {
     Ui::MainFrame::setupUi(window);
-    window->setWindowIcon(QIcon(QStringLiteral(":/icons/appicon.png")));
+    look::install();
+    window->setWindowIcon(look::appIcon());
+    tabWidget->tabBar()->setDrawBase(false);
+    tabWidget->setIconSize(kTabIconSize);
 
     auto* guard = new WheelGuard(window);
-    addPage<Ui::SettingsPage>(tabWidget, this, guard);
-    addPage<Ui::ParametersPage>(tabWidget, this, guard);
-    addPage<Ui::PreviewPage>(tabWidget, this, guard);
-    addPage<Ui::UserPage>(tabWidget, this, guard);
-    addPage<Ui::AboutPage>(tabWidget, this, guard);
+    addPage<Ui::SettingsPage>(tabWidget, this, guard, "settings");
+    addPage<Ui::ParametersPage>(tabWidget, this, guard, "parameters");
+    addPage<Ui::PreviewPage>(tabWidget, this, guard, "preview");
+    addPage<Ui::UserPage>(tabWidget, this, guard, "user");
+    addPage<Ui::AboutPage>(tabWidget, this, guard, "about");
     tabWidget->setCurrentIndex(0);
+    setIcons(*this);
 
     setValidator(fileNamePreEdit, "[a-zA-Z0-9]*");
     setValidator(nameNoSerialEdit, "[a-zA-Z0-9]+$");
