@@ -11,6 +11,7 @@ namespace Ui {
 class logcontroller;
 }
 class LogFileReader;
+class QTimer;
 
 /// Opens on today's file. A long file comes in portions, so that the window always answers. GUI
 /// thread.
@@ -33,9 +34,11 @@ public slots:
 private:
     void LogDateEditInit();
     void SlotsConnect();
-    void showNextPortion();
+    void showNextPortions();
+    void showProgress();
 
     std::unique_ptr<Ui::logcontroller> m_ui;
+    QTimer* m_more; ///< runs while a file is being read
     std::unique_ptr<LogFileReader> m_reader; ///< while a file is being read
     QString m_folder;
 };
