@@ -1,7 +1,12 @@
 // The order of the operations. Each takes the pages of the group as the ones before it left them.
 #include "scanlib/page/operations.h"
 
+#include "scanlib/page/ops/arrange.h"
+#include "scanlib/page/ops/background.h"
 #include "scanlib/page/ops/color_conversion.h"
+#include "scanlib/page/ops/denoise.h"
+#include "scanlib/page/ops/dropout.h"
+#include "scanlib/page/ops/levels.h"
 #include "scanlib/page/ops/rotate.h"
 #include "scanlib/page/ops/tone.h"
 
@@ -28,8 +33,96 @@ void forEachPage(PageGroup& group, Change change)
     }
 }
 
+bool staysInColor(const ImageSettings& settings)
+{
+    return settings.mode == ColorMode::kColor || settings.mode == ColorMode::kMultiStream;
+}
+
+Direction directionOf(int code)
+{
+    return code == 1 ? Direction::kTopBottom : Direction::kLeftRight;
+}
+
+/// Front before back; a side that came alone stays as it is.
+void mergeSides(PageGroup& group, const ImageSettings& settings)
+{
+    if (group.size() != 2) {
+        return;
+    }
+    std::sort(group.begin(), group.end(), [](const Page& a, const Page& b) {
+        return a.side == Side::kFront && b.side == Side::kBack;
+    });
+    Page sheet = merged(std::move(group[0]), std::move(group[1]), directionOf(settings.merge));
+    group.clear();
+    group.push_back(std::move(sheet));
+}
+
+void splitPages(PageGroup& group, const ImageSettings& settings)
+{
+    const Direction direction = directionOf(settings.split);
+    PageGroup result;
+    for (Page& page : group) {
+        if ((direction == Direction::kTopBottom ? page.height : page.width) < 2) {
+            result.push_back(std::move(page));
+            continue;
+        }
+        auto [first, second] = halves(page, direction);
+        result.push_back(std::move(first));
+        result.push_back(std::move(second));
+    }
+    group = std::move(result);
+}
+
+/// Every page in colour, grey and black-and-white.
+void makeStreams(PageGroup& group, const ImageSettings& settings)
+{
+    PageGroup result;
+    for (Page& page : group) {
+        Page gray = page;
+        toGray(gray);
+        Page bits = gray;
+        toBlackWhite(bits, settings.threshold);
+        page.stream = kColorStream;
+        gray.stream = kGrayStream;
+        bits.stream = kBlackWhiteStream;
+        result.push_back(std::move(page));
+        result.push_back(std::move(gray));
+        result.push_back(std::move(bits));
+    }
+    group = std::move(result);
+}
+
+// Noise goes first, while it is still single pixels. What looks at the picture comes before what
+// changes its tones; what changes the tones works in colour until grey is enough; pages are turned
+// before they are put together or cut, since that is meant as the reader sees them.
 constexpr Operation kOperations[] = {
-    { "tone",
+    { "denoise", [](const ImageSettings& s) { return s.denoise != Denoise::kOff; },
+        [](PageGroup& group, const ImageSettings& s) {
+            forEachPage(group, [&](Page& page) { denoise(page, s.denoise); });
+        } },
+    { "dropout", [](const ImageSettings& s) { return s.dropout != ColorDropout::kNone; },
+        [](PageGroup& group, const ImageSettings& s) {
+            forEachPage(group, [&](Page& page) {
+                dropColor(page, s.dropout, s.reinforcedDropout, staysInColor(s));
+            });
+        } },
+    { "grey",
+        [](const ImageSettings& s) {
+            return s.mode == ColorMode::kGray || s.mode == ColorMode::kBlackWhite;
+        },
+        [](PageGroup& group, const ImageSettings& s) {
+            forEachPage(group, [&](Page& page) {
+                // A page that is black-and-white already needs no detour on its way there.
+                if (page.format == PixelFormat::kRgb || s.mode == ColorMode::kGray) {
+                    toGray(page);
+                }
+            });
+        } },
+    { "background", [](const ImageSettings& s) { return s.removeBackground; },
+        [](PageGroup& group, const ImageSettings&) { forEachPage(group, removeBackground); } },
+    { "levels", [](const ImageSettings& s) { return s.autoLevel; },
+        [](PageGroup& group, const ImageSettings&) { forEachPage(group, autoLevels); } },
+    { "tone", // replaced by automatic levels where they are on
         [](const ImageSettings& s) {
             return !s.autoLevel && (s.brightness != 0 || s.contrast != 0 || s.gamma != 1.0);
         },
@@ -37,16 +130,18 @@ constexpr Operation kOperations[] = {
             const ToneTable table = toneTable(s.brightness, s.contrast, s.gamma);
             forEachPage(group, [&](Page& page) { applyTone(page, table); });
         } },
-    { "rotate", [](const ImageSettings& s) { return s.rotate != RotateAngle::kNone; },
-        [](PageGroup& group, const ImageSettings& s) {
-            forEachPage(group, [&](Page& page) { rotate(page, s.rotate); });
-        } },
-    { "grey", [](const ImageSettings& s) { return s.mode == ColorMode::kGray; },
-        [](PageGroup& group, const ImageSettings&) { forEachPage(group, toGray); } },
     { "threshold", [](const ImageSettings& s) { return s.mode == ColorMode::kBlackWhite; },
         [](PageGroup& group, const ImageSettings& s) {
             forEachPage(group, [&](Page& page) { toBlackWhite(page, s.threshold); });
         } },
+    { "rotate", [](const ImageSettings& s) { return s.rotate != RotateAngle::kNone; },
+        [](PageGroup& group, const ImageSettings& s) {
+            forEachPage(group, [&](Page& page) { rotate(page, s.rotate); });
+        } },
+    { "merge", [](const ImageSettings& s) { return s.merge != 0; }, mergeSides },
+    { "split", [](const ImageSettings& s) { return s.split != 0; }, splitPages },
+    { "streams", [](const ImageSettings& s) { return s.mode == ColorMode::kMultiStream; },
+        makeStreams },
 };
 
 /// The operations rely on what a page promises of itself.

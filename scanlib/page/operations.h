@@ -10,6 +10,11 @@ namespace orva {
 /// Sides that must be seen together: one side, or both sides of a sheet when they are merged.
 using PageGroup = std::vector<Page>;
 
+/// Page::stream of the three files that a side gives with several streams.
+inline constexpr const char* kColorStream = "color";
+inline constexpr const char* kGrayStream = "gray";
+inline constexpr const char* kBlackWhiteStream = "bw";
+
 /// true when the settings need both sides of a sheet in one group.
 bool needsWholeSheet(const ImageSettings& settings);
 

@@ -78,6 +78,20 @@ void toGray(Page& page)
     page.format = PixelFormat::kGray;
 }
 
+void toRgb(Page& page)
+{
+    if (page.format == PixelFormat::kRgb) {
+        return;
+    }
+    toGray(page);
+    std::vector<std::uint8_t> colors(page.pixels.size() * 3);
+    for (std::size_t i = 0; i < page.pixels.size(); ++i) {
+        colors[3 * i] = colors[3 * i + 1] = colors[3 * i + 2] = page.pixels[i];
+    }
+    page.pixels = std::move(colors);
+    page.format = PixelFormat::kRgb;
+}
+
 void toBlackWhite(Page& page, int threshold)
 {
     if (page.format == PixelFormat::kBlackWhite) {

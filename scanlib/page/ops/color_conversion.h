@@ -24,6 +24,8 @@ void grayRow(const Page& page, int y, std::uint8_t* out);
 
 /// 8 bits a pixel, whatever came in. A grey page is left alone.
 void toGray(Page& page);
+/// 3 bytes a pixel, whatever came in. A colour page is left alone.
+void toRgb(Page& page);
 /// 1 bit a pixel; grey values below the threshold (0..255) become black. A black-and-white page is
 /// left alone.
 void toBlackWhite(Page& page, int threshold);
