@@ -1,0 +1,27 @@
+#include "scanlib/api/composition.h"
+
+#include "scanlib/device/sane/sane_driver.h"
+#include "scanlib/device/virtual/virtual_driver.h"
+#include "scanlib/page/operations.h"
+#include "scanlib/writers/writer.h"
+
+namespace orva {
+
+SessionParts installedParts()
+{
+    SessionParts parts;
+    parts.paths = installedLibraryPaths();
+    parts.makeDrivers = [](const LibraryPaths& paths) {
+        std::vector<std::unique_ptr<Driver>> drivers;
+        drivers.push_back(makeSaneDriver());
+        drivers.push_back(makeVirtualDriver(paths));
+        return drivers;
+    };
+    parts.tools.imageSettings = imageSettingsFrom;
+    parts.tools.needsWholeSheet = needsWholeSheet;
+    parts.tools.runOperations = runOperations;
+    parts.tools.findOutputFormat = findOutputFormat;
+    return parts;
+}
+
+} // namespace orva

@@ -1,0 +1,57 @@
+// Keeps pixel buffers for the next side. Fresh memory for an A4 page in colour costs some 6,000
+// page faults, which is dearer than copying it; a buffer that has been used before costs nothing.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+namespace orva {
+
+/// Any thread.
+class BufferPool
+{
+public:
+    /// Holds at most this many buffers and bytes; what comes back beyond that is freed.
+    BufferPool(std::size_t maxBuffers, std::size_t maxBytes)
+        : m_maxBuffers(maxBuffers)
+        , m_maxBytes(maxBytes)
+    {
+    }
+
+    /// A buffer with the size and content of its last use, or an empty one.
+    std::vector<std::uint8_t> take()
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (m_buffers.empty()) {
+            return {};
+        }
+        std::vector<std::uint8_t> buffer = std::move(m_buffers.back());
+        m_buffers.pop_back();
+        m_bytes -= buffer.capacity();
+        return buffer;
+    }
+
+    void give(std::vector<std::uint8_t>&& buffer)
+    {
+        std::vector<std::uint8_t> dropped; // freed after the lock
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (m_buffers.size() < m_maxBuffers && m_bytes + buffer.capacity() <= m_maxBytes) {
+            m_bytes += buffer.capacity();
+            m_buffers.push_back(std::move(buffer));
+        } else {
+            dropped = std::move(buffer);
+        }
+    }
+
+private:
+    const std::size_t m_maxBuffers;
+    const std::size_t m_maxBytes;
+    std::mutex m_mutex;
+    std::vector<std::vector<std::uint8_t>> m_buffers;
+    std::size_t m_bytes = 0;
+};
+
+} // namespace orva

@@ -1,0 +1,217 @@
+#include "scanlib/session/job_journal.h"
+
+#include "scanlib/base/library_log.h"
+
+#include <cjson/cJSON.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <memory>
+#include <set>
+#include <utility>
+
+namespace orva {
+
+namespace {
+
+struct JsonDeleter
+{
+    void operator()(cJSON* json) const { cJSON_Delete(json); }
+};
+using Json = std::unique_ptr<cJSON, JsonDeleter>;
+
+Json line(const char* kind)
+{
+    Json json(cJSON_CreateObject());
+    cJSON_AddStringToObject(json.get(), "kind", kind);
+    return json;
+}
+
+std::string printed(const Json& json)
+{
+    const std::unique_ptr<char, decltype(&cJSON_free)> text(
+        cJSON_PrintUnformatted(json.get()), &cJSON_free);
+    return text ? text.get() : "";
+}
+
+std::string textOf(const Json& json, const char* key)
+{
+    const char* const text =
+        cJSON_GetStringValue(cJSON_GetObjectItemCaseSensitive(json.get(), key));
+    return text != nullptr ? text : "";
+}
+
+double numberOf(const Json& json, const char* key)
+{
+    const cJSON* const item = cJSON_GetObjectItemCaseSensitive(json.get(), key);
+    return cJSON_IsNumber(item) ? item->valuedouble : 0;
+}
+
+int intOf(const Json& json, const char* key)
+{
+    return static_cast<int>(numberOf(json, key));
+}
+
+std::string outputLine(const OutputSettings& output)
+{
+    const Json json = line("output");
+    cJSON_AddStringToObject(json.get(), "folder", output.folder.c_str());
+    cJSON_AddStringToObject(json.get(), "prefix", output.naming.prefix.c_str());
+    cJSON_AddStringToObject(json.get(), "separator", output.naming.separator.c_str());
+    cJSON_AddNumberToObject(json.get(), "timeNamed", output.naming.timeNamed ? 1 : 0);
+    cJSON_AddNumberToObject(json.get(), "order", static_cast<int>(output.naming.order));
+    cJSON_AddStringToObject(json.get(), "serial", output.naming.serialStart.c_str());
+    cJSON_AddNumberToObject(json.get(), "format", static_cast<int>(output.format));
+    cJSON_AddNumberToObject(json.get(), "multiPage", output.multiPage ? 1 : 0);
+    return printed(json);
+}
+
+OutputSettings outputOf(const Json& json)
+{
+    OutputSettings output;
+    output.folder = textOf(json, "folder");
+    output.naming.prefix = textOf(json, "prefix");
+    output.naming.separator = textOf(json, "separator");
+    output.naming.timeNamed = intOf(json, "timeNamed") != 0;
+    output.naming.order = static_cast<DateOrder>(intOf(json, "order"));
+    output.naming.serialStart = textOf(json, "serial");
+    output.format = static_cast<FileFormat>(intOf(json, "format"));
+    output.multiPage = intOf(json, "multiPage") != 0;
+    return output;
+}
+
+std::string pageLine(const EncodedPage& page)
+{
+    const Json json = line("page");
+    cJSON_AddStringToObject(json.get(), "file", page.file.filename().c_str());
+    cJSON_AddNumberToObject(json.get(), "width", page.width);
+    cJSON_AddNumberToObject(json.get(), "height", page.height);
+    cJSON_AddNumberToObject(json.get(), "format", static_cast<int>(page.format));
+    cJSON_AddNumberToObject(json.get(), "dpiX", page.dpiX);
+    cJSON_AddNumberToObject(json.get(), "dpiY", page.dpiY);
+    cJSON_AddNumberToObject(json.get(), "sheet", page.sheet);
+    cJSON_AddNumberToObject(json.get(), "back", page.side == Side::kBack ? 1 : 0);
+    cJSON_AddNumberToObject(json.get(), "number", page.number);
+    cJSON_AddStringToObject(json.get(), "stream", page.stream.c_str());
+    return printed(json);
+}
+
+EncodedPage pageOf(const Json& json, const std::filesystem::path& folder)
+{
+    EncodedPage page;
+    // Only the name counts, so that an edited journal cannot point elsewhere.
+    page.file = folder / std::filesystem::path(textOf(json, "file")).filename();
+    page.width = intOf(json, "width");
+    page.height = intOf(json, "height");
+    page.format = static_cast<PixelFormat>(intOf(json, "format"));
+    page.dpiX = numberOf(json, "dpiX");
+    page.dpiY = numberOf(json, "dpiY");
+    page.sheet = intOf(json, "sheet");
+    page.side = intOf(json, "back") != 0 ? Side::kBack : Side::kFront;
+    page.number = intOf(json, "number");
+    page.stream = textOf(json, "stream");
+    return page;
+}
+
+std::string fileLine(const char* kind, const std::filesystem::path& file)
+{
+    const Json json = line(kind);
+    cJSON_AddStringToObject(json.get(), "file", file.c_str());
+    return printed(json);
+}
+
+} // namespace
+
+Status JobJournal::begin(const std::filesystem::path& spoolRoot, const OutputSettings& output)
+{
+    if (Status status = m_folder.create(spoolRoot); !status.ok()) {
+        return status;
+    }
+    return m_folder.note(outputLine(output));
+}
+
+Status JobJournal::store(EncodedPage& page)
+{
+    int payload = 0;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        payload = ++m_payloads;
+    }
+    const std::string name = "page-" + std::to_string(page.number) + "-" + std::to_string(payload);
+    if (Status status = m_folder.store(name, page.bytes, page.file); !status.ok()) {
+        return status;
+    }
+    if (Status status = m_folder.note(pageLine(page)); !status.ok()) {
+        return status;
+    }
+    std::vector<std::uint8_t>().swap(page.bytes);
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    ++m_unsaved;
+    return {};
+}
+
+void JobJournal::noteHiddenFile(const std::filesystem::path& file)
+{
+    if (const Status status = m_folder.note(fileLine("hidden", file)); !status.ok()) {
+        libraryLog("journal: %s", status.detail().c_str());
+    }
+}
+
+void JobJournal::notePagesSaved(const std::vector<EncodedPage>& pages)
+{
+    for (const EncodedPage& page : pages) {
+        if (const Status status = m_folder.note(fileLine("saved", page.file.filename()));
+            !status.ok()) {
+            libraryLog("journal: %s", status.detail().c_str());
+        }
+        unlink(page.file.c_str());
+    }
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_unsaved -= static_cast<int>(pages.size());
+}
+
+void JobJournal::close()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_unsaved == 0) {
+        m_folder.remove();
+    } else if (!m_folder.path().empty()) {
+        libraryLog("%d pages are kept in %s", m_unsaved, m_folder.path().c_str());
+    }
+}
+
+bool JobJournal::takeOver(const std::filesystem::path& folder)
+{
+    return m_folder.takeOver(folder);
+}
+
+JobJournal::Leftover JobJournal::leftover() const
+{
+    Leftover result;
+    std::set<std::filesystem::path> saved;
+    for (const std::string& text : m_folder.journal()) {
+        const Json json(cJSON_Parse(text.c_str()));
+        const std::string kind = json ? textOf(json, "kind") : "";
+        if (kind == "output") {
+            result.output = outputOf(json);
+            result.readable = true;
+        } else if (kind == "page") {
+            result.unsaved.push_back(pageOf(json, m_folder.path()));
+        } else if (kind == "hidden") {
+            result.hiddenFiles.emplace_back(textOf(json, "file"));
+        } else if (kind == "saved") {
+            saved.insert(m_folder.path() / textOf(json, "file"));
+        }
+    }
+    const auto isGone = [&](const EncodedPage& page) {
+        std::error_code error;
+        return saved.count(page.file) != 0 || !std::filesystem::is_regular_file(page.file, error);
+    };
+    result.unsaved.erase(
+        std::remove_if(result.unsaved.begin(), result.unsaved.end(), isGone), result.unsaved.end());
+    std::stable_sort(result.unsaved.begin(), result.unsaved.end(),
+        [](const EncodedPage& a, const EncodedPage& b) { return a.number < b.number; });
+    return result;
+}
+
+} // namespace orva

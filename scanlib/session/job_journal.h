@@ -1,0 +1,49 @@
+// What the journal of a job says: how its files are to be made, which pages are on disk and which
+// of them are in a finished file. Enough to make the missing files when the job itself cannot any
+// more.
+#pragma once
+
+#include "scanlib/base/spool.h"
+#include "scanlib/session/job_settings.h"
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace orva {
+
+/// The spooled pages of one job. Any thread may store; the rest is for the writing thread.
+class JobJournal
+{
+public:
+    /// Makes the job's folder and writes down the output settings.
+    Status begin(const std::filesystem::path& spoolRoot, const OutputSettings& output);
+    /// Puts the payload on disk; page.bytes is empty afterwards and page.file tells where it is.
+    Status store(EncodedPage& page);
+    /// A hidden file in the output folder that is garbage if the job dies.
+    void noteHiddenFile(const std::filesystem::path& file);
+    /// The pages are in a finished file: their payloads are deleted.
+    void notePagesSaved(const std::vector<EncodedPage>& pages);
+    /// Deletes the folder, unless it still holds pages that are in no file.
+    void close();
+
+    /// Takes over what a dead job left. false when a living one holds the folder.
+    bool takeOver(const std::filesystem::path& folder);
+    struct Leftover
+    {
+        bool readable = false; ///< the output settings are known
+        OutputSettings output;
+        std::vector<EncodedPage> unsaved; ///< in page order
+        std::vector<std::filesystem::path> hiddenFiles;
+    };
+    Leftover leftover() const;
+    void remove() { m_folder.remove(); }
+
+private:
+    SpoolFolder m_folder;
+    std::mutex m_mutex;
+    int m_payloads = 0; ///< stored so far; makes their names unique
+    int m_unsaved = 0;
+};
+
+} // namespace orva

@@ -1,0 +1,40 @@
+// Everything that one job is made of, frozen when it starts.
+#pragma once
+
+#include "scanlib/base/file_naming.h"
+#include "scanlib/base/output_store.h"
+#include "scanlib/device/device.h"
+#include "scanlib/page/image_settings.h"
+#include "scanlib/writers/writer.h"
+
+#include <cstddef>
+#include <filesystem>
+
+namespace orva {
+
+/// Where the files of a job go and what they are called.
+struct OutputSettings
+{
+    std::filesystem::path folder;
+    NamingRule naming;
+    SameName sameName = SameName::kAddNumber;
+    FileFormat format = FileFormat::kJpg;
+    bool multiPage = false; ///< only where the format holds several pages
+};
+
+struct JobSettings
+{
+    AcquireSettings acquire;
+    ImageSettings image;
+    OutputSettings output;
+    EncodeOptions encode;
+};
+
+/// How much of the machine a job may use.
+struct PipelineLimits
+{
+    unsigned workers = 0; ///< threads for image work; 0 takes one a processor core
+    std::size_t queueBytes = std::size_t { 256 } << 20U; ///< sides that wait for a worker
+};
+
+} // namespace orva

@@ -1,0 +1,98 @@
+// One job from the first sheet to the last file:
+//
+//   device (caller's thread) -> bounded queue -> image workers -> spool -> page order -> writer
+//   thread
+//                                                                     \-> dispatcher: the callbacks
+//
+// A side is reported when its pages are on disk in the spool, a file when it is complete under its
+// name. Whatever goes wrong, what was scanned before is written, the error is told once, the end
+// last.
+#pragma once
+
+#include "scanlib/base/bounded_queue.h"
+#include "scanlib/base/buffer_pool.h"
+#include "scanlib/base/cancel_token.h"
+#include "scanlib/device/device.h"
+#include "scanlib/session/callback_dispatcher.h"
+#include "scanlib/session/document_assembler.h"
+#include "scanlib/session/job_journal.h"
+#include "scanlib/session/job_settings.h"
+#include "scanlib/session/page_tools.h"
+
+#include <atomic>
+#include <chrono>
+#include <cstddef>
+#include <map>
+#include <mutex>
+#include <vector>
+
+namespace orva {
+
+class ScanJob
+{
+public:
+    ScanJob(const JobSettings& settings, const PageTools& tools, const PipelineLimits& limits,
+        const std::filesystem::path& spoolRoot, Callbacks callbacks);
+
+    /// Blocks until the last callback has returned. The device is used by the calling thread only,
+    /// except for requestCancel. Returns the code of the first fault, kCancelled or kOk. Once.
+    ResultCode run(Device& device);
+    /// The end without a job: tells the error and the end, as every job does.
+    ResultCode refuse(const Status& why);
+
+    /// Any thread, any time, never blocks. What the device has delivered is still written.
+    void cancel() noexcept;
+    /// No callback begins after this.
+    void mute() { m_dispatcher.mute(); }
+    bool isCallbackThread() const { return m_dispatcher.isOwnThread(); }
+    /// The last side that was reported; all zero before the first.
+    _tagPageParameter lastSide() const;
+
+private:
+    struct Group
+    {
+        int sequence = 0; ///< from 0, without gaps
+        PageGroup pages;
+    };
+    struct Finished
+    {
+        std::vector<_tagPageParameter> sides; ///< empty when they could not be processed
+        std::vector<EncodedPage> pages;
+    };
+
+    Status prepare(Device& device);
+    void runPipeline(Device& device, const OutputFormat& format);
+    Status feed(Device& device);
+    void enqueue(PageGroup& pages);
+    void work(const OutputFormat& format);
+    Status process(Group& group, const PageEncoder& encoder, Finished& finished);
+    void deliver(int sequence, Finished finished);
+    void write(const OutputFormat& format);
+    void fault(const Status& status);
+    ResultCode end();
+
+    const JobSettings m_settings;
+    const PageTools& m_tools;
+    const std::filesystem::path m_spoolRoot;
+    const unsigned m_workers;
+
+    CancelToken m_stop; ///< the device is to stop, whoever wants it
+    std::atomic<bool> m_cancelled { false }; ///< the operator or the device wants it
+    BufferPool m_buffers;
+    BoundedQueue<Group> m_queue;
+    BoundedQueue<EncodedPage> m_toWrite; ///< payloads are on disk, so nothing bounds it
+    JobJournal m_journal;
+    int m_sequences = 0; ///< groups given to the workers
+
+    mutable std::mutex m_mutex; ///< guards what follows
+    Device* m_feeding = nullptr; ///< while requestCancel makes sense
+    Status m_fault; ///< the first one
+    std::map<int, Finished> m_early; ///< groups that wait for an earlier one
+    int m_nextSequence = 0;
+    int m_sides = 0; ///< reported
+    _tagPageParameter m_lastSide {};
+
+    CallbackDispatcher m_dispatcher;
+};
+
+} // namespace orva

@@ -1,0 +1,29 @@
+#include "scanlib/base/text.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+using namespace orva;
+
+TEST(Text, copyEndsBetweenCharactersAndWithATerminator)
+{
+    const std::string text = "a扫描"; // 1 + 3 + 3 bytes
+    const std::pair<std::size_t, std::string> cases[] = { { 1, "" }, { 2, "a" }, { 4, "a" },
+        { 5, "a扫" }, { 7, "a扫" }, { 8, text }, { 64, text } };
+    for (const auto& [size, expected] : cases) {
+        std::string buffer(size + 1, '#');
+        copyText(text, buffer.data(), size);
+        EXPECT_EQ(std::string(buffer.c_str()), expected) << size;
+        EXPECT_EQ(buffer.back(), '#') << "wrote past " << size;
+    }
+}
+
+TEST(Text, bytesThatAreNoCharactersDoNotEmptyAText)
+{
+    EXPECT_EQ(utf8Prefix("\x80\x80\x80", 2), "");
+    EXPECT_EQ(utf8Prefix("abc", 3), "abc");
+    const char full[] = { 'a', 'b' };
+    EXPECT_FALSE(isTerminated(full, sizeof(full)));
+    EXPECT_EQ(textOfArray(full, sizeof(full)), "ab");
+}
