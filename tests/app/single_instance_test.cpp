@@ -1,0 +1,153 @@
+#include "app/common.h"
+#include "app/install_paths.h"
+#include "app/single_instance.h"
+#include "log/Log.h"
+#include "tests/support/sandbox.h"
+#include "tests/support/wait.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdio>
+#include <cstring>
+
+using ::testing::HasSubstr;
+
+namespace {
+
+std::string pidFile()
+{
+    return std::string(install_paths::kConfigFolder) + "TarvexBaseUI.pid";
+}
+
+void nameTheLock()
+{
+    std::snprintf(chHomePath, sizeof chHomePath, "%s", pidFile().c_str());
+}
+
+std::string idBytes(pid_t process)
+{
+    return std::to_string(process) + std::string(1, '\0');
+}
+
+int modeOf(const std::string& path)
+{
+    struct stat status
+    {
+    };
+    return ::stat(path.c_str(), &status) == 0 ? static_cast<int>(status.st_mode & 07777U) : -1;
+}
+
+// Another copy of the application: takes the lock, tells its result, and keeps it until it is
+// ended.
+class OtherCopy
+{
+public:
+    OtherCopy()
+    {
+        std::array<int, 2> ends {};
+        EXPECT_EQ(::pipe(ends.data()), 0);
+        m_process = ::fork();
+        if (m_process == 0) {
+            const char result = process_already_running() == 0 ? 'y' : 'n';
+            static_cast<void>(!::write(ends[1], &result, 1));
+            ::pause();
+            ::_exit(0);
+        }
+        ::close(ends[1]);
+        char result = '?';
+        EXPECT_EQ(::read(ends[0], &result, 1), 1);
+        ::close(ends[0]);
+        m_tookLock = result == 'y';
+    }
+    ~OtherCopy() { crash(); }
+    OtherCopy(const OtherCopy&) = delete;
+    OtherCopy& operator=(const OtherCopy&) = delete;
+
+    void crash()
+    {
+        if (m_process > 0) {
+            ::kill(m_process, SIGKILL);
+            ::waitpid(m_process, nullptr, 0);
+            m_process = 0;
+        }
+    }
+    bool tookLock() const { return m_tookLock; }
+    pid_t process() const { return m_process; }
+
+private:
+    pid_t m_process = 0;
+    bool m_tookLock = false;
+};
+
+} // namespace
+
+TEST(SingleInstance, onlyOneProcessHoldsTheLockAndItsIdStaysInTheFile)
+{
+    const Sandbox sandbox;
+    nameTheLock();
+    writeBytes(pidFile(), std::string(200, '7')); // of an earlier run
+    OtherCopy first;
+    ASSERT_TRUE(first.tookLock());
+    EXPECT_EQ(readBytes(pidFile()), idBytes(first.process()));
+    EXPECT_EQ(modeOf(pidFile()), 0777);
+
+    EXPECT_EQ(process_already_running(), 1);
+    EXPECT_EQ(readBytes(pidFile()), idBytes(first.process())) << "the refused copy changes nothing";
+    EXPECT_THAT(Sandbox::runLog(), HasSubstr("\t write lock fail! \n"));
+
+    first.crash();
+    OtherCopy second;
+    EXPECT_TRUE(second.tookLock()) << "the lock goes with its process";
+    EXPECT_EQ(readBytes(pidFile()), idBytes(second.process()));
+}
+
+TEST(SingleInstance, pidFileThatCannotBeOpenedEndsTheProcessWithStatusOne)
+{
+    const Sandbox sandbox;
+    std::snprintf(chHomePath, sizeof chHomePath, "%s", Sandbox::path("no/folder/x.pid").c_str());
+    EXPECT_EXIT(process_already_running(), ::testing::ExitedWithCode(1), "");
+    EXPECT_THAT(Sandbox::runLog(),
+        HasSubstr("return fd = -1, can't open " + Sandbox::path("no/folder/x.pid")
+            + ": No such file or directory\n"));
+}
+
+TEST(SingleInstance, uninstallFileHoldsTheIdAndIsNotLocked)
+{
+    const Sandbox sandbox;
+    const std::string file = std::string(install_paths::kDataRoot) + ".config/tarvex-base.pid";
+    writeBytes(file, std::string(50, '9'));
+    process_control_uninstall();
+    EXPECT_EQ(readBytes(file), idBytes(::getpid()));
+    EXPECT_EQ(modeOf(file), 0777);
+
+    g_strCommonPath = Sandbox::path("nowhere/");
+    process_control_uninstall();
+    EXPECT_THAT(Sandbox::runLog(),
+        HasSubstr("[func:process_control_uninstall]return fd = -1, can't open "
+            + Sandbox::path("nowhere/.config/tarvex-base.pid")));
+}
+
+TEST(RunLogWipe, isLeftOutWhileAnotherCopyHoldsTheLock)
+{
+    const Sandbox sandbox;
+    nameTheLock();
+    writeBytes(Sandbox::runLogFile(), "lines of the first copy\n");
+    OtherCopy first;
+    ASSERT_TRUE(first.tookLock());
+    {
+        const CLog refused("TarvexBaseUI-protocal");
+        EXPECT_THAT(Sandbox::runLog(), HasSubstr("lines of the first copy\n"));
+        EXPECT_STREQ(refused.logFileName(),
+            (std::string(install_paths::kDataRoot) + "/" + getAppOwnUsr().toStdString()
+                + "/OrvaLog/tarvex-base-ui.log")
+                .c_str());
+    }
+    first.crash();
+    const CLog next("TarvexBaseUI-protocal");
+    EXPECT_FALSE(fileExists(Sandbox::runLogFile())) << "a pid file without a lock does not count";
+}

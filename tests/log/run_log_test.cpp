@@ -1,0 +1,272 @@
+#include "app/common.h"
+#include "log/Log.h"
+#include "tests/support/sandbox.h"
+#include "tests/support/wait.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <ctime>
+#include <filesystem>
+#include <regex>
+#include <sstream>
+#include <thread>
+
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::MatchesRegex;
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::vector<std::string> linesOf(const std::string& text)
+{
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+// Where the untagged form writes today, in the home folder of the sandbox.
+std::string dayLog(const std::string& module)
+{
+    const std::time_t now = std::time(nullptr);
+    std::tm local {};
+    ::localtime_r(&now, &local);
+    return Sandbox::home() + "/.ORVA/TarvexBaseUI/test_run_log/Log/" + module + "-"
+        + std::to_string(local.tm_year + 1900) + "_" + std::to_string(local.tm_mon + 1) + "_"
+        + std::to_string(local.tm_mday) + ".log";
+}
+
+// The level file is read from the working folder.
+class ScopedWorkingFolder
+{
+public:
+    explicit ScopedWorkingFolder(const std::string& folder)
+        : m_before(fs::current_path())
+    {
+        fs::create_directories(folder);
+        fs::current_path(folder);
+    }
+    ~ScopedWorkingFolder() { fs::current_path(m_before); }
+    ScopedWorkingFolder(const ScopedWorkingFolder&) = delete;
+    ScopedWorkingFolder& operator=(const ScopedWorkingFolder&) = delete;
+
+private:
+    fs::path m_before;
+};
+
+} // namespace
+
+TEST(RunLog, aLineIsTheTimeATabABlankAndTheMessageWhateverTheTag)
+{
+    const Sandbox sandbox;
+    runLog("[func:%s] 扫描 %d%%", "onStartScan", 7);
+    Log.Add("tarvex-base-ui", "%s", "second");
+    Log.Add("another tag", "%s", "second");
+    const std::vector<std::string> lines = linesOf(Sandbox::runLog());
+    ASSERT_EQ(lines.size(), 3U);
+    const std::regex time("([01][0-9]|2[0-3]):[0-5][0-9]:[0-5][0-9]:[0-9]{3}");
+    EXPECT_TRUE(std::regex_match(lines[0].substr(0, 12), time)) << lines[0];
+    EXPECT_EQ(lines[0].substr(12), "\t [func:onStartScan] 扫描 7%");
+    EXPECT_EQ(lines[1].substr(12), "\t second");
+    EXPECT_EQ(lines[2].substr(12), "\t second");
+}
+
+TEST(RunLog, cutsAMessageAt2999Bytes)
+{
+    const Sandbox sandbox;
+    runLog("%s", std::string(2999, 'a').c_str());
+    runLog("%s", std::string(3000, 'b').c_str());
+    runLog("%s", std::string(9000, 'c').c_str());
+    const std::vector<std::string> lines = linesOf(Sandbox::runLog());
+    ASSERT_EQ(lines.size(), 3U);
+    EXPECT_EQ(lines[0].substr(14), std::string(2999, 'a'));
+    EXPECT_EQ(lines[1].substr(14), std::string(2999, 'b'));
+    EXPECT_EQ(lines[2].substr(14), std::string(2999, 'c'));
+}
+
+TEST(RunLog, aFileThatCannotBeOpenedIsToldOnStandardOutputOnly)
+{
+    const Sandbox sandbox;
+    CLog log(0);
+    EXPECT_EQ(log.SetLogFileName(nullptr), -1);
+    EXPECT_EQ(log.SetLogFileName(""), -1);
+    EXPECT_EQ(log.SetLogFileName(Sandbox::path("none/x.log").c_str()), 0);
+    ::testing::internal::CaptureStdout();
+    log.Add("t", "%s", "lost");
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(),
+        "CLog::Add() openfile(" + Sandbox::path("none/x.log") + ") failed\n");
+}
+
+TEST(RunLog, linesOfManyThreadsAndOfAnotherProcessStayWhole)
+{
+    const Sandbox sandbox;
+    constexpr int kThreads = 4;
+    constexpr int kLines = 50;
+    const auto writeLines = [](char who) {
+        for (int i = 0; i < kLines; ++i) {
+            runLog("%s", std::string(900, who).c_str());
+        }
+    };
+    const pid_t other = ::fork();
+    if (other == 0) {
+        writeLines('z');
+        ::_exit(0);
+    }
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i) {
+        threads.emplace_back(writeLines, static_cast<char>('a' + i));
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    int status = -1;
+    ASSERT_EQ(::waitpid(other, &status, 0), other);
+    EXPECT_EQ(status, 0);
+    const std::vector<std::string> lines = linesOf(Sandbox::runLog());
+    EXPECT_EQ(lines.size(), (kThreads + 1U) * kLines);
+    for (const std::string& line : lines) {
+        ASSERT_EQ(line.size(), 914U);
+        ASSERT_EQ(line.substr(14), std::string(900, line[14]));
+    }
+}
+
+TEST(RunLogStart, removesTheFileOfTheLastRun)
+{
+    const Sandbox sandbox;
+    writeBytes(Sandbox::runLogFile(), std::string(5000, 'x'));
+    CLog log("module");
+    EXPECT_FALSE(fileExists(Sandbox::runLogFile()));
+    log.Add("t", "%s", "first line");
+    EXPECT_THAT(Sandbox::runLog(), EndsWith("\t first line\n"));
+    EXPECT_EQ(linesOf(Sandbox::runLog()).size(), 1U);
+}
+
+// A second name for the same file shows what was written before the first one was removed.
+TEST(RunLogWipe, overwritesEveryByteBeforeItRemovesTheFile)
+{
+    const Sandbox sandbox;
+    CLog log(0);
+    for (const std::size_t size :
+        { std::size_t { 1 }, std::size_t { 1024 }, std::size_t { 2500 } }) {
+        const std::string file = Sandbox::path("secret");
+        const std::string witness = Sandbox::path("witness");
+        writeBytes(file, std::string(size, 's'));
+        fs::create_hard_link(file, witness);
+        log.DeleteLogFile(file.c_str());
+        EXPECT_FALSE(fileExists(file));
+        EXPECT_EQ(readBytes(witness), std::string(size, '\1'));
+        fs::remove(witness);
+    }
+    writeBytes(Sandbox::path("empty"), "");
+    log.DeleteLogFile(Sandbox::path("empty").c_str());
+    EXPECT_FALSE(fileExists(Sandbox::path("empty")));
+    log.DeleteLogFile(nullptr);
+    log.DeleteLogFile(Sandbox::path("none").c_str());
+}
+
+TEST(Levels, comeFromTheLevelFileWhereEnableIsExactlyOne)
+{
+    const Sandbox sandbox;
+    const ScopedWorkingFolder folder(Sandbox::path("cwd"));
+    EXPECT_EQ(CLog("m").levelMask(), 0) << "no file";
+    EXPECT_EQ(CLog(0).levelMask(), 31);
+
+    writeBytes("logmgr.xml",
+        "<r><l enable='1'>LOG_ERROR</l>"
+        "<l enable='2'>LOG_FLOW</l>" // only 1 enables
+        "<l>LOG_SPEED</l>"
+        "<x enable='1'>LOG_SCANX</x>"
+        "<l enable='one'>LOG_DEBUG</l>"
+        "<l enable='1'>LOG_OTHER</l><l enable='1'/></r>");
+    EXPECT_EQ(CLog("m").levelMask(), 1 | 8);
+    writeBytes("logmgr.xml", "<r><l enable='1'>LOG_ERROR");
+    EXPECT_EQ(CLog("m").levelMask(), 0) << "malformed";
+
+    writeBytes("logmgr.xml", "<!-- no element -->");
+    const CLog without("m");
+    EXPECT_EQ(without.levelMask(), 0);
+    EXPECT_THAT(readBytes(dayLog("m")), EndsWith("\t 没有找到element\n"));
+}
+
+TEST(DayLog, takesUntaggedLinesWhenTheWriterIsNamed)
+{
+    const Sandbox sandbox;
+    const ScopedWorkingFolder folder(Sandbox::path("cwd"));
+    CLog plain(0);
+    plain.Add("text %d", 1);
+    EXPECT_FALSE(fileExists(dayLog(""))) << "switched off";
+
+    writeBytes("logmgr.xml", "<r><l enable='1'>LOG_FLOW</l></r>");
+    CLog log("TarvexBaseUI-protocal");
+    log.Add("text %d", 1);
+    log.Add(1, "no such level %d", 2);
+    log.Add(2 | 4, "100%% of %d%%", 3);
+    log.Add(2, "%s", "50%% %s %d"); // the second look at the text finds no values to print
+    const std::vector<std::string> lines = linesOf(readBytes(dayLog("TarvexBaseUI-protocal")));
+    ASSERT_EQ(lines.size(), 3U);
+    EXPECT_THAT(lines[0], EndsWith("\t text 1"));
+    EXPECT_THAT(lines[1], EndsWith("\t 100% of 3%"));
+    EXPECT_THAT(lines[2], EndsWith("\t 50% %s %d"));
+    EXPECT_FALSE(fileExists(Sandbox::runLogFile())) << "not in the run log";
+}
+
+TEST(Stopwatches, measureUntilTheyAreTaken)
+{
+    CLog log(0);
+    EXPECT_EQ(log.StarTimer(5), 0);
+    EXPECT_EQ(log.StarTimer(5), -1);
+    EXPECT_EQ(log.StarTimer(6), 0);
+    const auto start = std::chrono::steady_clock::now();
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    const double first = log.Duration_not_erase(5);
+    const double second = log.Duration(5);
+    const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start;
+    EXPECT_GE(first, 0.029);
+    EXPECT_GE(second, first);
+    EXPECT_LE(second, passed.count() + 0.1);
+    EXPECT_EQ(log.Duration(5), 0.0) << "gone";
+    EXPECT_GT(log.Duration_not_erase(6), 0.0) << "the other one runs on";
+    log.Erase_a_timer(6);
+    log.Erase_a_timer(99);
+    EXPECT_EQ(log.Duration(6), 0.0);
+    EXPECT_EQ(log.StarTimer(5), 0) << "free again";
+}
+
+TEST(ModuleFileName, isTheExecutablesNameWithinItsBuffer)
+{
+    CLog log(0);
+    char name[64] = {};
+    EXPECT_EQ(log.LinuxGetModuleFileName(name, sizeof name), 0);
+    EXPECT_STREQ(name, "test_run_log");
+    char few[5] = {};
+    EXPECT_EQ(log.LinuxGetModuleFileName(few, sizeof few), 0);
+    EXPECT_STREQ(few, "test");
+    EXPECT_EQ(log.LinuxGetModuleFileName(nullptr, 5), -1);
+}
+
+TEST(StreamLog, writesStampedTextAndTellsItsFaults)
+{
+    const Sandbox sandbox;
+    EXPECT_EQ(CreateLogFile(nullptr), -604);
+    EXPECT_EQ(CreateLogFile(Sandbox::path("none/x").c_str()), -612);
+    ::testing::internal::CaptureStdout();
+    AddLog("%d", 1);
+    EXPECT_THAT(::testing::internal::GetCapturedStdout(), HasSubstr("not open---"));
+
+    const std::string file = Sandbox::path("stream.log");
+    writeBytes(file, "old");
+    ASSERT_EQ(CreateLogFile(file.c_str()), 0);
+    AddLog("Scan %d", 42);
+    CloseLogFile();
+    EXPECT_THAT(readBytes(file),
+        MatchesRegex("\\[[0-9]{8} [ 0-9][0-9]:[ 0-9][0-9]:[ 0-9][0-9]:[ 0-9]{2}[0-9]\\] Scan 42"));
+    EXPECT_EQ(fs::status(file).permissions(), fs::perms::all);
+}
