@@ -3,7 +3,12 @@
 // decides stands in rules/, without widgets.
 #pragma once
 
+#include "mainwindow/rules/control_rules.h"
+#include "mainwindow/rules/file_param.h"
+#include "mainwindow/rules/image_param.h"
 #include "mainwindow/rules/scan_progress.h"
+#include "mainwindow/rules/settings_keys.h"
+#include "mainwindow/rules/tone_values.h"
 #include "sdk/COrva_SDK.h"
 #include "templates/template_record.h"
 
@@ -13,6 +18,7 @@
 
 #include <pthread.h>
 
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -87,6 +93,9 @@ struct JobRun
     std::atomic<bool> keysResumed { false }; ///< a callback resumed the monitor, or will
     std::atomic<int> lastError { 0 }; ///< reported in this job; 0 none
     bool active = false; ///< GUI thread: from the click until the buttons are back
+    bool isPreview = false; ///< set before the worker starts
+    bool namedBySerial = false; ///< GUI thread, as it started
+    QString serialText; ///< GUI thread, the serial start as it started
     bool startAgain = false; ///< GUI thread: a button was pressed while the job was ending
 };
 
@@ -145,12 +154,16 @@ public:
     // control rules
     int AutoLevelDisableLogic();
     int EnableLogicMethod();
-    /// Refills the lists that hang on the source. 1: an index change of the source; 2: a new
-    /// device.
+    /// Refills the lists that hang on the source: kSourceChanged, or kNewDevice, which fills the
+    /// sources too and selects the device's defaults.
     void setDpiPaperSourceValue(int reason);
+    static constexpr int kSourceChanged = 1;
+    static constexpr int kNewDevice = 2;
     void setDefaultDpiPaperSourceValue();
+    /// Refills the merge list for the current source and keeps the choice where it can be kept.
     void setMergeRangeValue();
-    void setMergeRangeValue(int minimum, int maximum);
+    /// The same; without keepChoice it selects that entry.
+    void setMergeRangeValue(int index, int keepChoice);
     void setFilterColor();
     void setBlankControls();
 
@@ -266,7 +279,8 @@ protected:
 private:
     friend struct MainWindowProbe; ///< the tests' look at counters and flags
 
-    /// While one lives, the window is inside a dialog or a wait and must not be destroyed.
+    /// While one lives, the window is inside a dialog or a wait and must not be destroyed. Does
+    /// nothing on other threads than the GUI's.
     class Busy
     {
     public:
@@ -290,12 +304,11 @@ private:
     void connectPages();
 
     // devices
-    int bindDevice(const QString& name);
+    void bindDevice(const QString& name);
+    void finishSelection();
     void fillAboutPage();
     void placeOnScreen();
-    void showDeviceControls(int isHigh);
-    void showAndWatchButtons();
-    QString deviceSettingsPath() const;
+    void showDeviceControls();
 
     // scan
     struct JobKind;
@@ -303,18 +316,21 @@ private:
     static const JobKind kPreviewJob;
     void startJob(const JobKind& kind);
     void abandonStart();
-    void resetJob();
+    void resetJob(bool preview);
     bool startWorker();
     void closeUnreportedJob(int scanResult);
     void advanceSerialAfterError();
     std::vector<std::string> scannedFiles();
+    std::array<QWidget*, 5> jobButtons() const;
 
     // callbacks
     void takeFileName(const std::string& fileName);
-    void takeState(int nState, bool preview, const QString& previewFile);
-    void takeError(int code, bool hold);
+    void applyEmissions(const rules::ScanEmissions& out, const QString& previewFile, int nState);
+    void reportError(int code, const rules::ErrorSteps& steps);
 
     // preview
+    void showPreviewImage(const QString& fileName);
+    void keepPreviewCopy(const std::string& file);
     void deletePreviewFiles();
     void openLocalFile(const QString& path);
 
@@ -328,34 +344,55 @@ private:
     void onVal4KeyPress();
     void onVal8KeyPress();
     void toggleWindow();
-    bool stopKeyThread();
+    void stopPolling();
     /// Waits until `done`, at most `limit`. On the GUI thread events are delivered meanwhile.
     bool waitAnswering(std::chrono::milliseconds limit, const std::function<bool()>& done);
     void notifyWaiters();
 
     // file names
-    QString serialText() const;
 
     // settings
     void applyFactorySet();
-    void applySetting(const QString& key, const QVariant& value);
-    QVariant gatherSetting(const QString& key) const;
+    QString settingsFile() const;
+    void applySetting(const rules::ReadStep& step, const QVariant& value);
+    void applyFileSetting(const rules::ReadStep& step, const QVariant& value);
+    void applyImageSetting(const rules::ReadStep& step, const QVariant& value);
+    void followLoadedSettings();
+    QVariant gatherSetting(rules::Setting id) const;
+    QVariant gatherFileSetting(rules::Setting id) const;
+    QVariant gatherImageSetting(rules::Setting id) const;
 
     // control rules
-    void fillSources();
-    void fillPapersAndResolutions();
-    void fillMergeList();
-    void setToneValues(int brightness, int contrast, int threshold, double gamma, int gammaSlider);
+    void applySteps(const rules::ControlSteps& steps);
+    std::vector<QWidget*> widgetsOf(rules::Control control) const;
+    QStringList libraryNames(int count, int (COrva_SDK::*nameOf)(int, char*)) const;
+    void selectSource(int index);
+    void showTone(const rules::ToneValues& tone);
     void limitPageChoice();
 
-    // notices
+    // library parameters
+    int sendSource();
+    void sendPaper();
+    void sendResolution();
+    rules::ImageControls imageControls() const;
+    rules::FileControls fileControls() const;
+    int fillFileRecord(int IsScanPreview, FileParam* param);
+    void logSentParameters(const ImageParam& image, const FileParam& file);
+
+    // templates
+    void applyTemplateNames(const ScanTemplateParam& param);
+    void applyTemplateImage(const ScanTemplateParam& param);
+
+    // notices and job log
     StatusMessageBox& messageBox();
-    QPoint noticePosition() const;
+    void followLogConfig(int levelIndex, const QString& folder);
 
     // closing
     bool endRunningJob();
     void requestFinish();
     void finishClosing();
+    void onApplicationQuit();
+    void releaseDialogs();
 
     std::unique_ptr<MainWindowUi> ui;
     std::shared_ptr<JobGate> m_gate;
@@ -380,9 +417,6 @@ private:
     structPrefeed m_stPrefeed {};
     int m_isHigh = 0;
     float m_prefeedTime = 0.0F; ///< as last applied to the device
-    bool m_hasPendingTimes = false;
-    int m_pendingSleep = -1; ///< chosen by the user, refused by the device so far
-    int m_pendingAutoOff = -1;
 
     // job
     JobRun m_job;
@@ -392,6 +426,7 @@ private:
     char m_startTime[128] = {};
     char m_endTime[128] = {};
     KeyThreadState m_keys;
+    QString m_keyLabel; ///< prepared by button 4, shown nowhere
 
     // preview
     QString m_lastPreviewFile;

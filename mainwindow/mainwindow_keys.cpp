@@ -1,0 +1,362 @@
+// The monitor of the scanner's buttons: a thread that polls while the scanner is idle, and its
+// pause, resume and end. Both its sleep and the pause can be interrupted, so that a click on scan
+// never waits for a sleeping thread.
+#include "app/timing.h"
+#include "log/Log.h"
+#include "mainwindow/mainwindow.h"
+#include "mainwindow/rules/key_actions.h"
+
+#include <QCoreApplication>
+#include <QDesktopServices>
+#include <QFileInfo>
+#include <QThread>
+#include <QUrl>
+
+#include <cerrno>
+#include <cstdio>
+#include <ctime>
+
+pthread_mutex_t KeyPressMutex;
+pthread_cond_t KeyPressCond;
+
+namespace {
+
+using std::chrono::milliseconds;
+using Clock = std::chrono::steady_clock;
+
+/// The condition's time-outs are not moved by a change of the system time.
+int makeCondition()
+{
+    pthread_condattr_t attributes;
+    ::pthread_condattr_init(&attributes);
+    ::pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC);
+    const int result = ::pthread_cond_init(&KeyPressCond, &attributes);
+    ::pthread_condattr_destroy(&attributes);
+    return result;
+}
+
+timespec deadlineAfter(milliseconds time)
+{
+    timespec at {};
+    ::clock_gettime(CLOCK_MONOTONIC, &at);
+    const long long nanoseconds = at.tv_nsec + std::chrono::nanoseconds(time).count();
+    at.tv_sec += static_cast<time_t>(nanoseconds / 1000000000);
+    at.tv_nsec = static_cast<long>(nanoseconds % 1000000000);
+    return at;
+}
+
+class KeyPressLock
+{
+public:
+    KeyPressLock() { ::pthread_mutex_lock(&KeyPressMutex); }
+    ~KeyPressLock() { ::pthread_mutex_unlock(&KeyPressMutex); }
+    KeyPressLock(const KeyPressLock&) = delete;
+    KeyPressLock& operator=(const KeyPressLock&) = delete;
+};
+
+} // namespace
+
+void MainWindow::Thread2GetScannerKeyStatus()
+{
+    if (m_keys.made || m_closing) {
+        return;
+    }
+    const auto direct =
+        static_cast<Qt::ConnectionType>(Qt::DirectConnection | Qt::UniqueConnection);
+    const auto queued =
+        static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::UniqueConnection);
+    connect(this, &MainWindow::SignalThreadKeyStart, this, &MainWindow::ThreadKeyStart, direct);
+    connect(this, &MainWindow::SignalThreadKeyPause, this, &MainWindow::ThreadKeyPause, direct);
+    connect(this, &MainWindow::SignalThreadKeyOver, this, &MainWindow::ThreadKeyOver, direct);
+    connect(this, &MainWindow::SignalThreadStartScan, this, &MainWindow::onStartScan, queued);
+    if (::pthread_mutex_init(&KeyPressMutex, nullptr) != 0) {
+        runLog("KeyPress mutex init error");
+    }
+    if (makeCondition() != 0) {
+        runLog("KeyPress cond init error");
+    }
+    m_keys.exit = 0;
+    m_keys.ended = 0;
+    m_keys.ready = true;
+    if (::pthread_create(&m_keys.thread, nullptr, &MainWindow::GetScannerKeyStatus, this) != 0) {
+        runLog("[%s][%d]硬按键开启扫描线程失败", __func__, __LINE__);
+        return;
+    }
+    m_keys.made = true;
+    emit SignalThreadKeyStart();
+}
+
+void* MainWindow::GetScannerKeyStatus(void* mainWindow)
+{
+    auto& window = *static_cast<MainWindow*>(mainWindow);
+    while (window.m_keys.exit == 0) {
+        int button = 0;
+        {
+            const KeyPressLock lock;
+            if (!window.parkWhilePaused()) {
+                break;
+            }
+            runLog("+++++++++++KeyPressStatus = stop 3 ++++++++++++++++");
+            button = window.m_OrvaSdk->GetButtonStatus();
+            runLog("+++++++++++KeyPressStatus = stop 3 end++++++++++++++++");
+        }
+        std::printf("MainWindow::GetScannerKeyStatus() curButton=%d\n", button);
+        window.dispatchButton(button);
+        window.sleepBetweenPolls();
+    }
+    runLog("[func:%s]硬按键线程结束！", "GetScannerKeyStatus");
+    window.m_keys.ended = 1;
+    window.notifyWaiters();
+    return nullptr;
+}
+
+/// Button thread, KeyPressMutex held. False when the thread is to end.
+bool MainWindow::parkWhilePaused()
+{
+    while (m_keys.running == 0 && m_keys.exit == 0) {
+        runLog("+++++++++++KeyPressStatus = stop 1  ++++++++++++++++");
+        runLog("[1:func:%s] cond_wait ", "GetScannerKeyStatus");
+        runLog("+++++++++++KeyPressStatus = stop 1 end++++++++++++++++");
+        m_keys.parked = 1;
+        m_keys.paused = 1;
+        notifyWaiters();
+        while (m_keys.running == 0 && m_keys.exit == 0) {
+            ::pthread_cond_wait(&KeyPressCond, &KeyPressMutex);
+        }
+        m_keys.parked = 0;
+        runLog("+++++++++++KeyPressStatus = stop 2 ++++++++++++++++");
+        runLog("[2:func:%s] cond_wait ", "GetScannerKeyStatus");
+        runLog("+++++++++++KeyPressStatus = stop 2 end++++++++++++++++");
+    }
+    return m_keys.exit == 0;
+}
+
+/// Two seconds, or until the monitor is paused or ended.
+void MainWindow::sleepBetweenPolls()
+{
+    const timespec until = deadlineAfter(timing::kButtonPoll);
+    const KeyPressLock lock;
+    int result = 0;
+    while (result != ETIMEDOUT && m_keys.running != 0 && m_keys.exit == 0) {
+        result = ::pthread_cond_timedwait(&KeyPressCond, &KeyPressMutex, &until);
+    }
+}
+
+void MainWindow::ThreadKeyStart()
+{
+    if (!m_keys.ready || m_keys.exit != 0) {
+        return;
+    }
+    if (m_keys.running != 0) {
+        runLog("keyPress thread run already ");
+        return;
+    }
+    {
+        const KeyPressLock lock;
+        m_keys.running = 1;
+        ::pthread_cond_broadcast(&KeyPressCond);
+        runLog("keyPress thread run!");
+    }
+    notifyWaiters();
+}
+
+void MainWindow::ThreadKeyPause()
+{
+    // The acknowledgement goes first: a thread that has just parked for another reason must say so
+    // again, or a resume that is on its way would meet a scanner in use.
+    m_keys.paused = 0;
+    if (m_keys.running == 0) {
+        runLog("keyPress thread pause already");
+    }
+    const Busy busy(*this);
+    const auto end = Clock::now() + timing::kCloseLimit;
+    const auto wantsAgain = [this] {
+        return m_keys.paused != 0 || m_keys.running != 0 || m_keys.ended != 0;
+    };
+    while (true) {
+        if (m_keys.running != 0) {
+            stopPolling();
+        }
+        if (m_keys.paused != 0 || !m_keys.made || m_keys.ended != 0 || m_closing) {
+            break;
+        }
+        if (m_keys.parked != 0 && Clock::now() >= end) {
+            break; // nobody resumed it; it is parked all the same
+        }
+        runLog("[func:%s]JudgeSet KeyPress is Not ok! can not set scanner!", "ThreadKeyPause");
+        waitAnswering(timing::kPauseRetry, wantsAgain);
+    }
+    runLog("[func:%s]JudgeSet KeyPress is ok! next set scanner", "ThreadKeyPause");
+}
+
+/// Sets the running flag to 0. A poll holds the mutex for as long as the library takes, so that the
+/// window answers in the meantime.
+void MainWindow::stopPolling()
+{
+    if (!m_keys.ready || m_keys.exit != 0) {
+        m_keys.running = 0;
+        return;
+    }
+    waitAnswering(std::chrono::hours(1), [this] {
+        if (m_closing || !m_keys.ready) {
+            return true;
+        }
+        if (::pthread_mutex_trylock(&KeyPressMutex) != 0) {
+            return false;
+        }
+        m_keys.running = 0;
+        ::pthread_cond_broadcast(&KeyPressCond);
+        runLog("keyPress thread stop!");
+        ::pthread_mutex_unlock(&KeyPressMutex);
+        return true;
+    });
+}
+
+void MainWindow::ThreadKeyOver()
+{
+    if (!m_keys.ready || m_keys.exit != 0) {
+        return;
+    }
+    const auto end = Clock::now() + timing::kCloseLimit;
+    m_keys.exit = 1;
+    // a parked or sleeping thread has to see the flag; one that polls sees it after its poll
+    const bool told = waitAnswering(timing::kCloseLimit / 2, [] {
+        if (::pthread_mutex_trylock(&KeyPressMutex) != 0) {
+            return false;
+        }
+        ::pthread_cond_broadcast(&KeyPressCond);
+        ::pthread_mutex_unlock(&KeyPressMutex);
+        return true;
+    });
+    m_keys.ready = false;
+    if (m_keys.made) {
+        const auto left = std::chrono::duration_cast<milliseconds>(end - Clock::now());
+        if (!told || !waitAnswering(left / 2, [this] { return m_keys.ended != 0; })) {
+            m_libraryHeld = true;
+            ::pthread_detach(m_keys.thread);
+            runLog("[func:%s]the last poll of the buttons does not return", "ThreadKeyOver");
+            return;
+        }
+        ::pthread_join(m_keys.thread, nullptr);
+        m_keys.made = false;
+        runLog("[func:%s] pthread_join KeyStatusID = %d", "ThreadKeyOver",
+            static_cast<int>(m_keys.thread));
+    }
+    ::pthread_mutex_destroy(&KeyPressMutex);
+    ::pthread_cond_destroy(&KeyPressCond);
+    runLog("[func:%s] keyPress thread over !", "ThreadKeyOver");
+    runLog("[func:%s] destroy mutex and cond !", "ThreadKeyOver");
+}
+
+void MainWindow::dispatchButton(int button)
+{
+    switch (rules::keyAction(button)) {
+    case rules::KeyAction::kOpenResult:
+        onVal0KeyPress();
+        break;
+    case rules::KeyAction::kStartScan:
+        onVal1KeyPress();
+        break;
+    case rules::KeyAction::kStartScanAndOpen:
+        onVal2KeyPress();
+        break;
+    case rules::KeyAction::kToggleWindow:
+        onVal4KeyPress();
+        break;
+    case rules::KeyAction::kNoteCancel:
+        onVal8KeyPress();
+        break;
+    case rules::KeyAction::kIgnore:
+        break;
+    }
+}
+
+void MainWindow::onVal0KeyPress()
+{
+    if (m_keys.scanFinished == 0 || m_keys.openResult == 0) {
+        return;
+    }
+    const rules::OpenResult result = rules::openResult(true, true, scannedFiles(),
+        [](const std::string& file) { return QFileInfo::exists(QString::fromStdString(file)); });
+    m_keys.scanFinished = 0;
+    m_keys.openResult = 0;
+    if (result.open) {
+        const QString file = QString::fromStdString(result.file);
+        QMetaObject::invokeMethod(
+            this, [this, file] { openLocalFile(file); }, Qt::QueuedConnection);
+    }
+    runLog("%s", result.logLine.c_str());
+}
+
+void MainWindow::onVal1KeyPress()
+{
+    std::puts("onVal1KeyPress");
+    emit SignalThreadStartScan();
+}
+
+void MainWindow::onVal2KeyPress()
+{
+    std::puts("onVal2KeyPress");
+    m_keys.openResult = 1;
+    emit SignalThreadStartScan();
+}
+
+void MainWindow::onVal4KeyPress()
+{
+    std::puts("onVal4KeyPress");
+    QMetaObject::invokeMethod(this, &MainWindow::toggleWindow, Qt::QueuedConnection);
+}
+
+void MainWindow::onVal8KeyPress()
+{
+    std::puts("onVal8KeyPress already note the cancel scan");
+}
+
+void MainWindow::toggleWindow()
+{
+    if (m_closing) {
+        return;
+    }
+    const bool wasMinimized = isMinimized();
+    m_keyLabel = rules::toggleLabel(m_keys.label != 0);
+    setWindowFlags(Qt::Window);
+    std::puts("MainWindow::onVal4KeyPress() setWindowFlags end");
+    std::printf("MainWindow::onVal4KeyPress() setWindowFlags--1 bMin=%d\n", wasMinimized ? 1 : 0);
+    if (wasMinimized) {
+        showNormal();
+        std::puts("MainWindow::onVal4KeyPress() setWindowFlags --2");
+    } else {
+        showMinimized();
+        std::puts("MainWindow::onVal4KeyPress() setWindowFlags --3");
+    }
+}
+
+bool MainWindow::waitAnswering(milliseconds limit, const std::function<bool()>& done)
+{
+    // Most waits end within a few milliseconds; only a longer one lets the window work meanwhile.
+    constexpr milliseconds kQuiet { 50 };
+    constexpr milliseconds kSlice { 5 };
+    const auto start = Clock::now();
+    const bool isGui = QThread::currentThread() == thread();
+    while (!done()) {
+        const auto waited = Clock::now() - start;
+        if (waited >= limit) {
+            return false;
+        }
+        {
+            std::unique_lock<std::mutex> lock(m_gate->mutex);
+            m_gate->changed.wait_for(lock, kSlice);
+        }
+        if (isGui && waited > kQuiet) {
+            QCoreApplication::processEvents(
+                QEventLoop::AllEvents, static_cast<int>(kSlice.count()));
+        }
+    }
+    return true;
+}
+
+void MainWindow::notifyWaiters()
+{
+    const std::lock_guard<std::mutex> lock(m_gate->mutex);
+    m_gate->changed.notify_all();
+}

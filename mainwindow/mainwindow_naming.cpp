@@ -1,0 +1,142 @@
+// Output folder and file names: the controls that go into a name, the example, the serial start
+// after a job. The scanner library names the files itself, by the rule of rules/naming_rules.h.
+#include "app/common.h"
+#include "log/Log.h"
+#include "mainwindow/main_window_ui.h"
+#include "mainwindow/mainwindow.h"
+#include "mainwindow/rules/naming_rules.h"
+
+#include <QDateTime>
+#include <QFileDialog>
+#include <QIntValidator>
+
+namespace {
+
+const QString kPathTitle = QStringLiteral("路径异常");
+
+} // namespace
+
+void MainWindow::onGetFileSavePath()
+{
+    const Busy busy(*this);
+    QFileDialog dialog(this, QStringLiteral("选择保存路径"), ui->filePathEdit->text());
+    dialog.setFileMode(QFileDialog::Directory);
+    dialog.setOption(QFileDialog::ShowDirsOnly);
+    dialog.setLabelText(QFileDialog::Reject, QStringLiteral("取消"));
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
+        return;
+    }
+    const QString folder = dialog.selectedFiles().constFirst();
+    FileParam probe {};
+    const rules::FileParamFault fault = rules::setFolder(folder, &probe);
+    if (fault != rules::FileParamFault::kNone) {
+        const rules::Notice notice = rules::faultNotice(fault);
+        dynamic_state_msg_box(notice.title, notice.text);
+        return;
+    }
+    ui->filePathEdit->setText(folder);
+}
+
+int MainWindow::JudgeIsWriteablePath(std::string destPath)
+{
+    if (createfolder(destPath.c_str()) != 0) {
+        runLog("[func:%s] destPath:%s createfolder failed!!", __func__, destPath.c_str());
+        dynamic_state_msg_box(kPathTitle, QStringLiteral("当前目录无创建权限!\n请重新选择路径!"));
+        return -1;
+    }
+    runLog("[func:%s] destPath:%s createfolder success!!", __func__, destPath.c_str());
+    if (checkWritable(destPath.c_str()) != 0) {
+        runLog("[func:%s] destPath:%s do not have writable authority!", __func__, destPath.c_str());
+        dynamic_state_msg_box(kPathTitle, QStringLiteral("当前目录无写权限\n请重新选择路径!"));
+        return -1;
+    }
+    runLog("[func:%s] destPath:%s have writable authority!", __func__, destPath.c_str());
+    return 0;
+}
+
+QString MainWindow::GetCurrentTime()
+{
+    return rules::timeStamp(QDateTime::currentDateTime(), ui->seperateCombo->currentText(),
+        ui->timeNametypeCombo->currentText());
+}
+
+QString MainWindow::GetDefStartBit()
+{
+    return rules::defStartBit(ui->nameNoSerialEdit->text(), ui->nameNoLenSpinBox->value());
+}
+
+void MainWindow::onGetFileName()
+{
+    rules::NamingControls controls;
+    controls.prefix = ui->fileNamePreEdit->text();
+    controls.separator = ui->seperateCombo->currentText();
+    controls.byTime = NamedIsTimeOrNumber() == 1;
+    controls.dateOrder = ui->timeNametypeCombo->currentText();
+    controls.serialStart = ui->nameNoSerialEdit->text();
+    controls.serialDigits = ui->nameNoLenSpinBox->value();
+    controls.fileType = ui->fileTypeCombo->currentText();
+    ui->fileNameExampleLine->setText(rules::exampleName(controls, QDateTime::currentDateTime()));
+}
+
+/// Date order and serial number exclude one another.
+void MainWindow::onProcessFileNameForm()
+{
+    const bool byTime = NamedIsTimeOrNumber() == 1;
+    ui->timeNametypeCombo->setEnabled(byTime);
+    ui->nameNoSerialEdit->setEnabled(!byTime);
+    ui->nameNoLenSpinBox->setEnabled(!byTime);
+    onGetFileName();
+}
+
+void MainWindow::onPrecessfileNamePreChkBox()
+{
+    onProcessFileNameForm();
+}
+
+void MainWindow::onSetSpinBoxValue(int digits)
+{
+    const rules::SerialFieldChange change =
+        rules::serialDigitsChanged(digits, ui->nameNoSerialEdit->text());
+    if (change.text != ui->nameNoSerialEdit->text()) {
+        ui->nameNoSerialEdit->setText(change.text);
+    }
+    if (change.integerValidator) {
+        delete ui->nameNoSerialEdit->validator();
+        ui->nameNoSerialEdit->setValidator(new QIntValidator(0, change.top, ui->nameNoSerialEdit));
+    }
+    if (change.refreshExample) {
+        onGetFileName();
+    }
+}
+
+void MainWindow::onNameNoSerialEdit()
+{
+    onSetSpinBoxValue(ui->nameNoLenSpinBox->value());
+}
+
+void MainWindow::onChangeNameNoSerial(int serial)
+{
+    // a start that the operator has changed in the meantime stays
+    if (!m_job.namedBySerial || ui->nameNoSerialEdit->text() != m_job.serialText) {
+        return;
+    }
+    const rules::SerialAdvance next = rules::advanceSerial(
+        m_job.serialText, ui->nameNoLenSpinBox->value(), m_job.counters.filesOfJob(serial));
+    if (next.grew) {
+        runLog("[func:%s]serial start %s has more digits than chosen", __func__,
+            qUtf8Printable(next.text));
+    }
+    if (next.exhausted) {
+        runLog("[func:%s]serial numbers are used up after %s", __func__,
+            qUtf8Printable(m_job.serialText));
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                dynamic_state_msg_box(QStringLiteral("序号已用完"),
+                    QStringLiteral("序号已超出最大长度\n请重新设置起始位!"));
+            },
+            Qt::QueuedConnection);
+    }
+    m_job.serialText = next.text;
+    ui->nameNoSerialEdit->setText(next.text);
+}

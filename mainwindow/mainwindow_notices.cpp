@@ -1,0 +1,77 @@
+// What the operator is told: progress of a job, errors by their code, plain notices.
+#include "dialogs/statusdialog.h"
+#include "dialogs/statusmesbox.h"
+#include "mainwindow/mainwindow.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+
+namespace {
+
+/// Upper left corner of a box, from that of the window.
+constexpr QPoint kBoxOffset { 230, 230 };
+constexpr QSize kBoxSize { 200, 120 };
+/// Without a window: where a box of 170 by 105 would be centred, a little higher.
+constexpr QSize kFreeBoxSize { 170, 105 };
+constexpr int kFreeBoxRaise = 60;
+constexpr int kFreeBoxEdge = 200;
+
+QPoint freePosition()
+{
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    const QSize size = screen != nullptr ? screen->geometry().size() : QSize();
+    return { (size.width() - kFreeBoxSize.width()) / 2,
+        (size.height() - kFreeBoxSize.height()) / 2 - kFreeBoxRaise };
+}
+
+} // namespace
+
+StatusMessageBox& MainWindow::messageBox()
+{
+    if (m_statusMessageBox == nullptr) {
+        m_statusMessageBox = new StatusMessageBox;
+    }
+    m_statusMessageBox->getErrorCode(m_ErrorCodePath);
+    return *m_statusMessageBox;
+}
+
+void MainWindow::onShowScanError(int code)
+{
+    StatusMessageBox& box = messageBox();
+    if (!box.ShowStatusError(code)) {
+        return; // a hidden code leaves the progress dialog as it is
+    }
+    if (isVisible()) {
+        box.setGeometry(QRect(pos() + kBoxOffset, kBoxSize));
+    } else {
+        box.setGeometry(QRect(freePosition(), QSize(kFreeBoxEdge, kFreeBoxEdge)));
+    }
+    if (m_statusDialog != nullptr) {
+        m_statusDialog->hide();
+    }
+    box.show();
+}
+
+void MainWindow::dynamic_state_msg_box(QString title, QString text)
+{
+    const Busy busy(*this);
+    StatusMessageBox& box = messageBox();
+    box.hide(); // an error that still stands there has been read or is replaced
+    box.move(isVisible() ? pos() + kBoxOffset : freePosition());
+    box.CustomMsgBox(title, text);
+    box.exec();
+}
+
+void MainWindow::onShowScanStatus(int code, int scanPage, int dealPage, int ocrPage)
+{
+    if (m_statusDialog == nullptr) {
+        m_statusDialog = new StatusDialog;
+    }
+    connect(m_statusDialog, &StatusDialog::SignalsInformCancelScan, this,
+        &MainWindow::slotCancelScan, Qt::UniqueConnection);
+    m_statusDialog->ShowStatusInfo(code, scanPage, dealPage, ocrPage);
+    m_statusDialog->move(pos() + kBoxOffset);
+    m_statusDialog->show();
+}
+
+void MainWindow::UpdateUserName(QString) { }
