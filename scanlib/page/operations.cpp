@@ -1,11 +1,15 @@
 // The order of the operations. Each takes the pages of the group as the ones before it left them.
 #include "scanlib/page/operations.h"
 
+#include "scanlib/base/library_log.h"
 #include "scanlib/page/ops/arrange.h"
 #include "scanlib/page/ops/background.h"
+#include "scanlib/page/ops/blank.h"
 #include "scanlib/page/ops/color_conversion.h"
 #include "scanlib/page/ops/denoise.h"
+#include "scanlib/page/ops/deskew.h"
 #include "scanlib/page/ops/dropout.h"
+#include "scanlib/page/ops/holes.h"
 #include "scanlib/page/ops/levels.h"
 #include "scanlib/page/ops/rotate.h"
 #include "scanlib/page/ops/tone.h"
@@ -73,6 +77,21 @@ void splitPages(PageGroup& group, const ImageSettings& settings)
     group = std::move(result);
 }
 
+/// Says in the log what went and why: a page that is missed must be explainable.
+void dropBlankPages(PageGroup& group, const ImageSettings& settings)
+{
+    const double limit = blankLimit(settings.blankThreshold);
+    const auto isBlank = [limit](const Page& page) {
+        const double ink = inkOn(page);
+        const bool blank = ink <= limit;
+        libraryLog("side %d (sheet %d, %s): %.2f mm2 of ink, %s at %.2f", page.number, page.sheet,
+            page.side == Side::kFront ? "front" : "back", ink, blank ? "dropped as blank" : "kept",
+            limit);
+        return blank;
+    };
+    group.erase(std::remove_if(group.begin(), group.end(), isBlank), group.end());
+}
+
 /// Every page in colour, grey and black-and-white.
 void makeStreams(PageGroup& group, const ImageSettings& settings)
 {
@@ -100,6 +119,11 @@ constexpr Operation kOperations[] = {
         [](PageGroup& group, const ImageSettings& s) {
             forEachPage(group, [&](Page& page) { denoise(page, s.denoise); });
         } },
+    { "crop and deskew", [](const ImageSettings& s) { return s.autoCropDeskew; },
+        [](PageGroup& group, const ImageSettings&) { forEachPage(group, cropAndDeskew); } },
+    { "holes", [](const ImageSettings& s) { return s.removeHoles; },
+        [](PageGroup& group, const ImageSettings&) { forEachPage(group, removeHoles); } },
+    { "blank", [](const ImageSettings& s) { return s.removeBlank; }, dropBlankPages },
     { "dropout", [](const ImageSettings& s) { return s.dropout != ColorDropout::kNone; },
         [](PageGroup& group, const ImageSettings& s) {
             forEachPage(group, [&](Page& page) {
