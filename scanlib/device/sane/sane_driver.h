@@ -1,9 +1,9 @@
 // Scanners that SANE drives. Nothing above this header sees sane.h.
 #pragma once
 
-#include <memory>
-
 #include "scanlib/device/device.h"
+
+#include <memory>
 
 namespace orva {
 

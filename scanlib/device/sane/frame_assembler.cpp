@@ -1,0 +1,177 @@
+#include "scanlib/device/sane/frame_assembler.h"
+
+#include "scanlib/base/library_log.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+
+namespace orva {
+
+namespace {
+
+/// A3 at 1200 dpi has 278 million.
+constexpr std::uint64_t kMaxPixels = 300'000'000;
+constexpr int kMaxSide = 100'000;
+
+bool isPass(SANE_Frame format)
+{
+    return format == SANE_FRAME_RED || format == SANE_FRAME_GREEN || format == SANE_FRAME_BLUE;
+}
+
+int channelOf(SANE_Frame format)
+{
+    return format == SANE_FRAME_GREEN ? 1 : format == SANE_FRAME_BLUE ? 2 : 0;
+}
+
+std::uint64_t neededBytesPerLine(const SANE_Parameters& p)
+{
+    const std::uint64_t samples =
+        static_cast<std::uint64_t>(p.pixels_per_line) * (p.format == SANE_FRAME_RGB ? 3U : 1U);
+    return (samples * static_cast<std::uint64_t>(p.depth) + 7) / 8;
+}
+
+} // namespace
+
+Status FrameAssembler::begin(const SANE_Parameters& parameters)
+{
+    const SANE_Parameters& p = parameters;
+    const bool known =
+        p.format == SANE_FRAME_GRAY || p.format == SANE_FRAME_RGB || isPass(p.format);
+    const bool depthKnown = p.depth == 8 || p.depth == 16 || p.depth == 1;
+    if (!known || !depthKnown || p.pixels_per_line <= 0 || p.bytes_per_line <= 0 || p.lines == 0
+        || p.lines < -1) {
+        return { kDeviceIo, "frame that cannot be understood" };
+    }
+    if (p.pixels_per_line > kMaxSide || p.lines > kMaxSide
+        || static_cast<std::uint64_t>(p.pixels_per_line)
+                * static_cast<std::uint64_t>(std::max(1, p.lines))
+            > kMaxPixels) {
+        return { kPageTooLarge, "frame larger than any scanner's" };
+    }
+    if (static_cast<std::uint64_t>(p.bytes_per_line) < neededBytesPerLine(p)
+        || p.bytes_per_line > 16 * kMaxSide) {
+        return { kDeviceIo, "line shorter than its pixels" };
+    }
+    if (m_page.height > 0 && (p.pixels_per_line != m_page.width || !isPass(p.format))) {
+        return { kDeviceIo, "passes of different kind" };
+    }
+    m_parameters = p;
+    const std::uint64_t lines = p.lines > 0
+        ? static_cast<std::uint64_t>(p.lines)
+        : std::min<std::uint64_t>(
+            kMaxSide, kMaxPixels / static_cast<std::uint64_t>(p.pixels_per_line));
+    m_limit = static_cast<std::size_t>(lines * static_cast<std::uint64_t>(p.bytes_per_line));
+    m_raw.clear();
+    if (p.lines > 0) {
+        m_raw.reserve(m_limit);
+    }
+    return {};
+}
+
+Status FrameAssembler::add(const std::uint8_t* data, std::size_t size)
+{
+    const std::size_t room = m_limit - m_raw.size();
+    if (size > room && m_parameters.lines < 0) {
+        return { kPageTooLarge, "a page that does not end" };
+    }
+    // some drivers round the last buffer up; what goes past the promised lines is not picture
+    m_raw.insert(m_raw.end(), data, data + std::min(size, room));
+    return {};
+}
+
+Status FrameAssembler::end()
+{
+    const auto lineBytes = static_cast<std::size_t>(m_parameters.bytes_per_line);
+    const int received = static_cast<int>(m_raw.size() / lineBytes);
+    if (received == 0) {
+        return { kDeviceIo, "no data where a page was promised" };
+    }
+    if (m_parameters.lines > 0 && received < m_parameters.lines) {
+        // drivers that round the height differ by a line or two; more is a broken transfer
+        const int tolerated = std::max(2, m_parameters.lines / 100);
+        const std::string text = std::to_string(received) + " of "
+            + std::to_string(m_parameters.lines) + " lines received";
+        if (m_parameters.lines - received > tolerated) {
+            return { kDeviceIo, text };
+        }
+        libraryLog("sane: %s", text.c_str());
+    }
+    return finishFrame(received);
+}
+
+Status FrameAssembler::finishFrame(int lines)
+{
+    const SANE_Parameters& p = m_parameters;
+    const bool pass = isPass(p.format);
+    const int channel = channelOf(p.format);
+    if (m_page.height == 0) {
+        const PixelFormat format = pass || p.format == SANE_FRAME_RGB ? PixelFormat::kRgb
+            : p.depth == 1                                            ? PixelFormat::kBlackWhite
+                                                                      : PixelFormat::kGray;
+        const bool asItCame = !pass && p.depth != 16
+            && (p.depth == 8 || format == PixelFormat::kBlackWhite)
+            && static_cast<std::size_t>(p.bytes_per_line)
+                == bytesPerLine(p.pixels_per_line, format);
+        if (asItCame) {
+            m_page.width = p.pixels_per_line;
+            m_page.height = lines;
+            m_page.format = format;
+            m_page.pixels = std::move(m_raw);
+            m_page.pixels.resize(m_page.stride() * static_cast<std::size_t>(lines));
+            m_raw = {};
+            m_wantsFrame = false;
+            return {};
+        }
+        m_page.allocate(p.pixels_per_line, lines, format);
+    }
+    for (int y = 0; y < std::min(lines, m_page.height); ++y) {
+        convertLine(
+            m_raw.data() + static_cast<std::size_t>(y) * static_cast<std::size_t>(p.bytes_per_line),
+            y, channel);
+    }
+    if (pass) {
+        m_passes[static_cast<std::size_t>(channel)] = true;
+        // rows that one of the passes is short of would have a false colour
+        m_page.height = std::min(m_page.height, lines);
+        m_page.pixels.resize(m_page.stride() * static_cast<std::size_t>(m_page.height));
+    }
+    m_wantsFrame = pass && !(m_passes[0] && m_passes[1] && m_passes[2]);
+    return {};
+}
+
+void FrameAssembler::convertLine(const std::uint8_t* from, int y, int channel)
+{
+    const SANE_Parameters& p = m_parameters;
+    std::uint8_t* to = m_page.row(y);
+    if (m_page.format == PixelFormat::kBlackWhite) {
+        std::memcpy(to, from, m_page.stride());
+        return;
+    }
+    const bool pass = isPass(p.format);
+    const int samples = p.pixels_per_line * (p.format == SANE_FRAME_RGB ? 3 : 1);
+    const int step = pass ? 3 : 1;
+    to += pass ? channel : 0;
+    for (int i = 0; i < samples; ++i, to += step) {
+        if (p.depth == 8) {
+            *to = from[i];
+        } else if (p.depth == 16) { // in the byte order of this machine
+            std::uint16_t value = 0;
+            std::memcpy(&value, from + 2 * static_cast<std::ptrdiff_t>(i), sizeof value);
+            *to = static_cast<std::uint8_t>(value >> 8);
+        } else { // in colour a set bit is full intensity
+            *to = ((from[i / 8] >> (7 - i % 8)) & 1) != 0 ? 255 : 0;
+        }
+    }
+}
+
+void FrameAssembler::finish(Page& page)
+{
+    page.width = m_page.width;
+    page.height = m_page.height;
+    page.format = m_page.format;
+    page.pixels = std::move(m_page.pixels);
+    *this = FrameAssembler();
+}
+
+} // namespace orva

@@ -1,0 +1,148 @@
+#include "scanlib/device/sane/sane_runtime.h"
+
+#include "scanlib/base/library_log.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+
+namespace orva {
+
+namespace {
+
+std::string textOrEmpty(SANE_String_Const text)
+{
+    return text != nullptr ? text : "";
+}
+
+/// The address that a network driver puts into the key or the type; empty for local devices.
+std::string networkAddress(const FoundDevice& device)
+{
+    static const std::regex kAddress(R"(\b(\d{1,3}\.\d{1,3}\.\d{1,3}\.\d{1,3})\b)");
+    std::smatch match;
+    for (const std::string* text : { &device.key, &device.type }) {
+        if (std::regex_search(*text, match, kAddress)) {
+            return match[1].str();
+        }
+    }
+    return {};
+}
+
+/// Network drivers of the same scanner put the vendor's name in front of the model, or not.
+std::string fullName(const FoundDevice& device)
+{
+    const bool repeated = device.model.compare(0, device.vendor.size(), device.vendor) == 0;
+    return repeated ? device.model : device.vendor + " " + device.model;
+}
+
+std::string firstLine(const std::filesystem::path& file)
+{
+    std::ifstream stream(file);
+    std::string line;
+    std::getline(stream, line);
+    return line;
+}
+
+} // namespace
+
+Status SaneRuntime::initialise()
+{
+    if (m_initialised) {
+        return {};
+    }
+    if (m_api.init == sane_init) {
+        keepLibraryMapped(); // the drivers that are loaded now cannot be unloaded cleanly
+    }
+    SANE_Int version = 0;
+    const SANE_Status status = m_api.init(&version, nullptr);
+    if (status == SANE_STATUS_GOOD && SANE_VERSION_MAJOR(version) != SANE_CURRENT_MAJOR) {
+        return { kNotSupported, "SANE of another major version" };
+    }
+    m_initialised = status == SANE_STATUS_GOOD;
+    return saneFailure(status, "sane_init");
+}
+
+void SaneRuntime::search()
+{
+    if (Status status = initialise(); !status.ok()) {
+        libraryLog("sane: %s", status.detail().c_str());
+        return;
+    }
+    if (m_openDevices > 0) {
+        return;
+    }
+    const SANE_Device** list = nullptr;
+    const SANE_Status status = m_api.getDevices(&list, SANE_FALSE);
+    if (status != SANE_STATUS_GOOD || list == nullptr) {
+        libraryLog("sane: %s", saneFailure(status, "sane_get_devices").detail().c_str());
+        return;
+    }
+    std::vector<FoundDevice> devices;
+    for (; *list != nullptr; ++list) {
+        FoundDevice device { textOrEmpty((*list)->name), textOrEmpty((*list)->vendor),
+            textOrEmpty((*list)->model), textOrEmpty((*list)->type), {}, {} };
+        addUsbFacts(device);
+        libraryLog("sane: found %s (%s %s, %s)", device.key.c_str(), device.vendor.c_str(),
+            device.model.c_str(), device.type.c_str());
+        devices.push_back(std::move(device));
+    }
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_found = withoutDuplicates(devices);
+}
+
+std::vector<FoundDevice> SaneRuntime::found() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_found;
+}
+
+SaneLease::~SaneLease()
+{
+    const std::chrono::milliseconds limit = runtime->limits().stop;
+    if (!runtime->thread().stop(limit)) {
+        libraryLog("sane: a driver does not answer; its thread is left behind");
+    }
+    runtime->cancelThread().stop(limit / 4);
+}
+
+std::vector<FoundDevice> withoutDuplicates(const std::vector<FoundDevice>& devices)
+{
+    std::vector<FoundDevice> kept;
+    for (const FoundDevice& device : devices) {
+        const std::string address = networkAddress(device);
+        const auto same = [&](const FoundDevice& other) {
+            return other.key == device.key
+                || (!address.empty() && address == networkAddress(other)
+                    && fullName(other) == fullName(device));
+        };
+        if (!device.key.empty() && std::none_of(kept.begin(), kept.end(), same)) {
+            kept.push_back(device);
+        }
+    }
+    return kept;
+}
+
+void addUsbFacts(FoundDevice& device, const std::string& usbFolder)
+{
+    static const std::regex kBusAndAddress(R"(libusb:(\d{3}):(\d{3}))");
+    std::smatch match;
+    if (!std::regex_search(device.key, match, kBusAndAddress)) {
+        return;
+    }
+    const int bus = std::atoi(match[1].str().c_str());
+    const int address = std::atoi(match[2].str().c_str());
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(usbFolder, error)) {
+        if (std::atoi(firstLine(entry.path() / "busnum").c_str()) == bus
+            && std::atoi(firstLine(entry.path() / "devnum").c_str()) == address) {
+            device.serial = firstLine(entry.path() / "serial");
+            device.vidPid =
+                firstLine(entry.path() / "idVendor") + ":" + firstLine(entry.path() / "idProduct");
+            return;
+        }
+    }
+}
+
+} // namespace orva

@@ -1,0 +1,236 @@
+// Reading sides: start, parameters, data until the end of each frame; one cancel a batch.
+#include "scanlib/base/library_log.h"
+#include "scanlib/device/sane/sane_scanner.h"
+
+#include <thread>
+
+namespace orva {
+
+namespace {
+
+std::int64_t steadyMs()
+{
+    return std::chrono::duration_cast<std::chrono::milliseconds>(
+        std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+
+/// Weights of ITU-R BT.601 in 1/256.
+void makeGray(Page& page)
+{
+    const std::uint8_t* from = page.pixels.data();
+    std::uint8_t* to = page.pixels.data();
+    const std::size_t count =
+        static_cast<std::size_t>(page.width) * static_cast<std::size_t>(page.height);
+    for (std::size_t i = 0; i < count; ++i, from += 3) {
+        *to++ = static_cast<std::uint8_t>((from[0] * 77 + from[1] * 150 + from[2] * 29 + 128) >> 8);
+    }
+    page.pixels.resize(count);
+    page.format = PixelFormat::kGray;
+}
+
+} // namespace
+
+class SaneScanner::Call
+{
+public:
+    Call(SaneScanner& scanner, bool isStart)
+        : m_scanner(scanner)
+    {
+        m_scanner.m_callIsStart.store(isStart);
+        m_scanner.m_callSince.store(steadyMs());
+    }
+    ~Call() { m_scanner.m_callSince.store(0); }
+    Call(const Call&) = delete;
+    Call& operator=(const Call&) = delete;
+
+private:
+    SaneScanner& m_scanner;
+};
+
+std::optional<std::chrono::milliseconds> SaneScanner::callAge() const
+{
+    const std::int64_t since = m_callSince.load();
+    if (since == 0) {
+        return std::nullopt;
+    }
+    return std::chrono::milliseconds(steadyMs() - since);
+}
+
+void SaneScanner::sendCancel()
+{
+    const std::lock_guard<std::mutex> lock(m_cancelMutex);
+    if (m_batchBegun.load() && !m_cancelSent.exchange(true)) {
+        m_runtime->api().cancel(m_handle);
+    }
+}
+
+void SaneScanner::cancelFromOutside()
+{
+    sendCancel();
+}
+
+Status SaneScanner::cancelled()
+{
+    sendCancel();
+    return { kCancelled, "cancelled" };
+}
+
+void SaneScanner::endBatch()
+{
+    sendCancel();
+    const std::lock_guard<std::mutex> lock(m_cancelMutex);
+    m_batchBegun.store(false);
+    m_cancelSent.store(false);
+    m_configured = false;
+}
+
+/// Some drivers report a double feed as a jam and tell the difference in a sensor.
+Status SaneScanner::faultOf(SANE_Status status, const char* call)
+{
+    if (status == SANE_STATUS_JAMMED) {
+        const SaneOption* sensor = m_options->find("double-feed");
+        if (sensor != nullptr && !sensor->settable()
+            && m_options->number(*sensor).value_or(0) != 0) {
+            return { kDoubleFeed, std::string(call) + ": double feed" };
+        }
+    }
+    return saneFailure(status, call);
+}
+
+Status SaneScanner::startFrame()
+{
+    constexpr int kBusyTries = 5;
+    bool reloaded = false;
+    for (int tries = 0;;) {
+        if (m_cancelAsked.load() || m_cancelSent.load()) {
+            return cancelled();
+        }
+        SANE_Status status = SANE_STATUS_GOOD;
+        {
+            const Call call(*this, true);
+            m_batchBegun.store(true);
+            status = m_runtime->api().start(m_handle);
+        }
+        if (status == SANE_STATUS_INVAL && !reloaded && m_sides == 0) {
+            // the options changed behind our back: read them again and set everything once more
+            reloaded = true;
+            const Call call(*this, true);
+            if (Status again = m_options->reload(); !again.ok()) {
+                return again;
+            }
+            if (Status again = configure(m_settings); !again.ok()) {
+                return again;
+            }
+            continue;
+        }
+        if (status == SANE_STATUS_DEVICE_BUSY && ++tries < kBusyTries) {
+            std::this_thread::sleep_for(m_runtime->limits().busyPause);
+            continue;
+        }
+        return faultOf(status, "sane_start");
+    }
+}
+
+/// noDocuments: the feeder turned out to be empty before the first byte.
+Status SaneScanner::readFrame(FrameAssembler& assembler, bool& noDocuments)
+{
+    constexpr SANE_Int kBufferBytes = 256 * 1024;
+    constexpr auto kNothingYet = std::chrono::milliseconds(5);
+    std::vector<SANE_Byte> buffer(kBufferBytes);
+    std::int64_t lastData = steadyMs();
+    for (;;) {
+        if (m_cancelAsked.load() || m_cancelSent.load()) {
+            return cancelled();
+        }
+        SANE_Int length = 0;
+        SANE_Status status = SANE_STATUS_GOOD;
+        {
+            const Call call(*this, false);
+            status = m_runtime->api().read(m_handle, buffer.data(), kBufferBytes, &length);
+        }
+        if (status == SANE_STATUS_EOF) {
+            return {};
+        }
+        if (status == SANE_STATUS_NO_DOCS && !assembler.hasData()) {
+            noDocuments = true;
+            return {};
+        }
+        if (status == SANE_STATUS_NO_DOCS) {
+            return { kDeviceIo, "sane_read: out of documents in the middle of a page" };
+        }
+        if (status != SANE_STATUS_GOOD) {
+            return faultOf(status, "sane_read");
+        }
+        if (length < 0 || length > kBufferBytes) {
+            return { kDeviceIo, "sane_read: impossible length" };
+        }
+        if (length == 0) { // legal, but not for ever
+            if (steadyMs() - lastData > m_runtime->limits().read.count()) {
+                return { kDeviceTimeout, "sane_read: no data" };
+            }
+            std::this_thread::sleep_for(kNothingYet);
+            continue;
+        }
+        lastData = steadyMs();
+        if (Status status2 = assembler.add(buffer.data(), static_cast<std::size_t>(length));
+            !status2.ok()) {
+            return status2;
+        }
+    }
+}
+
+Status SaneScanner::nextSide(Page& page, bool& endOfFeed)
+{
+    endOfFeed = false;
+    if (!m_configured) {
+        return { kDeviceBadParameter, "no settings" };
+    }
+    const SourceKind kind = m_sources[m_settings.source].kind;
+    if (kind == SourceKind::kFlatbed && m_sides > 0) {
+        endOfFeed = true; // the same sheet would be scanned for ever
+        return {};
+    }
+    FrameAssembler assembler;
+    for (bool first = true; assembler.wantsFrame(); first = false) {
+        Status status = startFrame();
+        bool noDocuments = first && status.code() == kNoPaper;
+        if (!status.ok() && !noDocuments) {
+            return status;
+        }
+        if (!noDocuments) {
+            SANE_Parameters parameters {};
+            const SANE_Status got = m_runtime->api().getParameters(m_handle, &parameters);
+            if (got != SANE_STATUS_GOOD) {
+                return saneFailure(got, "sane_get_parameters");
+            }
+            if (status = assembler.begin(parameters); !status.ok()) {
+                return status;
+            }
+            if (status = readFrame(assembler, noDocuments); !status.ok()) {
+                return status;
+            }
+        }
+        if (noDocuments) {
+            endOfFeed = m_sides > 0;
+            return endOfFeed ? Status() : Status(kNoPaper, "the feeder is empty");
+        }
+        if (status = assembler.end(); !status.ok()) {
+            return status;
+        }
+    }
+    assembler.finish(page);
+    if (m_wantGray && page.format == PixelFormat::kRgb) {
+        makeGray(page);
+    }
+    page.dpiX = m_dpiX;
+    page.dpiY = m_dpiY;
+    const bool duplex = kind == SourceKind::kDuplex;
+    page.sheet = duplex ? m_sides / 2 + 1 : m_sides + 1;
+    page.side = duplex && m_sides % 2 == 1 ? Side::kBack : Side::kFront;
+    page.stream.clear();
+    ++m_sides;
+    return {};
+}
+
+} // namespace orva
