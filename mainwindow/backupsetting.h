@@ -44,5 +44,6 @@ public:
 
 private:
     std::unique_ptr<QSettings> m_settings;
+    QString m_fileName;
     QString m_damagedCopy;
 };

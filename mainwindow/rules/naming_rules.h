@@ -12,8 +12,8 @@
 //               folder
 //   same name = "add a number": a name that is taken in the folder gets "_2", "_3" ... in front of
 //   the
-//               extension. "Overwrite" replaces files of earlier jobs; within one job no name is
-//               given twice in either mode, the later file gets the number
+//               extension. "Overwrite" replaces files of earlier jobs. Within one job no name is
+//               given twice in either mode: a stamp moves on to the next millisecond
 //
 // Plain functions, any thread.
 #pragma once
