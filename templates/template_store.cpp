@@ -1,5 +1,6 @@
 // Every change is made on a fresh file beside the old one, which is flushed and takes its place:
-// QSettings replaces its file too, but without flushing it, and drops what it could not parse.
+// QSettings replaces its file too, but does not flush it, does not notice a full disk, and drops
+// what it could not parse.
 #include "templates/template_store.h"
 
 #include "app/common.h"
@@ -8,6 +9,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QMap>
 #include <QSettings>
 #include <QVariant>
 
@@ -144,53 +146,87 @@ bool flushed(const QString& path)
     return done;
 }
 
-/// The whole of the old file goes into a fresh one, the edit on top of it; the fresh one takes the
-/// old one's place. Of a file that was not parsed whole a copy stays, with ".damaged" at its end.
-bool rewrite(const QString& path, const std::function<void(QSettings&)>& edit)
+using Values = QMap<QString, QStringList>;
+
+Values valuesOf(const QSettings& settings)
 {
-    const QString freshPath = path + QStringLiteral(".new");
-    QFile::remove(freshPath);
-    {
-        QSettings fresh(freshPath, QSettings::IniFormat);
-        if (QFile::exists(path)) {
-            QSettings old(path, QSettings::IniFormat);
-            prepareForReading(old);
-            if (old.status() == QSettings::AccessError) {
-                return false;
-            }
-            if (old.status() == QSettings::FormatError) {
-                const QString kept = path + QStringLiteral(".damaged");
-                runLog("[%s][%d]%s is damaged, kept as %s", __func__, __LINE__,
-                    qUtf8Printable(path), qUtf8Printable(kept));
-                QFile::remove(kept);
-                if (!QFile::copy(path, kept)) {
-                    return false;
-                }
-            }
-            const QStringList keys = old.allKeys();
-            for (const QString& key : keys) {
-                fresh.setValue(key, old.value(key));
-            }
-        }
-        edit(fresh);
-        fresh.sync();
-        if (fresh.status() != QSettings::NoError) {
-            QFile::remove(freshPath);
+    Values values;
+    const QStringList keys = settings.allKeys();
+    for (const QString& key : keys) {
+        const QVariant value = settings.value(key);
+        values.insert(key,
+            value.type() == QVariant::StringList ? value.toStringList()
+                                                 : QStringList { value.toString() });
+    }
+    return values;
+}
+
+/// Of a file that was not parsed whole a copy stays, with ".damaged" at its end.
+bool keepDamaged(const QString& path)
+{
+    const QString kept = path + QStringLiteral(".damaged");
+    runLog("[%s][%d]%s is damaged, kept as %s", __func__, __LINE__, qUtf8Printable(path),
+        qUtf8Printable(kept));
+    QFile::remove(kept);
+    return QFile::copy(path, kept);
+}
+
+/// The old file's content and the edit on top of it go into a new file.
+bool writeBeside(const QString& path, const QString& newPath,
+    const std::function<void(QSettings&)>& edit, Values& written)
+{
+    QSettings fresh(newPath, QSettings::IniFormat);
+    if (QFile::exists(path)) {
+        QSettings old(path, QSettings::IniFormat);
+        prepareForReading(old);
+        if (old.status() == QSettings::AccessError
+            || (old.status() == QSettings::FormatError && !keepDamaged(path))) {
             return false;
         }
+        const QStringList keys = old.allKeys();
+        for (const QString& key : keys) {
+            fresh.setValue(key, old.value(key));
+        }
     }
-    // Without a single key left QSettings makes no file.
-    if (!QFile::exists(freshPath) && !QFile(freshPath).open(QIODevice::WriteOnly)) {
+    edit(fresh);
+    fresh.sync();
+    written = valuesOf(fresh);
+    if (written.isEmpty() && !QFile::exists(newPath)) {
+        return QFile(newPath).open(QIODevice::WriteOnly); // QSettings makes no file without keys
+    }
+    return fresh.status() == QSettings::NoError;
+}
+
+/// QSettings does not notice when the disk is full, so the new file is read back, under a name that
+/// QSettings has not seen, before it takes the old one's place.
+bool rewrite(const QString& path, const std::function<void(QSettings&)>& edit)
+{
+    if (QFileInfo::exists(path) && !QFileInfo(path).isFile()) {
         return false;
     }
-    if (QFile::exists(path)) {
-        QFile::setPermissions(freshPath, QFile::permissions(path));
+    const QString newPath = path + QStringLiteral(".new");
+    const QString checkedPath = path + QStringLiteral(".checked");
+    const QStringList leftovers { newPath, newPath + QStringLiteral(".lock"), checkedPath };
+    for (const QString& leftover : leftovers) {
+        QFile::remove(leftover); // of a run that died here
     }
-    if (!flushed(freshPath)
-        || std::rename(
-               QFile::encodeName(freshPath).constData(), QFile::encodeName(path).constData())
-            != 0) {
-        QFile::remove(freshPath);
+    Values written;
+    bool done = writeBeside(path, newPath, edit, written) && QFile::rename(newPath, checkedPath);
+    if (done) {
+        const QSettings back(checkedPath, QSettings::IniFormat);
+        done = back.status() == QSettings::NoError && valuesOf(back) == written;
+    }
+    if (done && QFile::exists(path)) {
+        QFile::setPermissions(checkedPath, QFile::permissions(path));
+    }
+    done = done && flushed(checkedPath)
+        && std::rename(
+               QFile::encodeName(checkedPath).constData(), QFile::encodeName(path).constData())
+            == 0;
+    if (!done) {
+        runLog("[%s][%d]%s could not be written", __func__, __LINE__, qUtf8Printable(path));
+        QFile::remove(newPath);
+        QFile::remove(checkedPath);
         return false;
     }
     flushed(QFileInfo(path).path());
