@@ -1,0 +1,84 @@
+#include "tests/support/application_process.h"
+
+#include "tests/support/sandbox.h"
+#include "tests/support/wait.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <stdexcept>
+
+namespace {
+
+constexpr char kProgram[] = TARVEX_BUILD_DIR "/app/TarvexBaseUI";
+
+} // namespace
+
+ApplicationProcess::ApplicationProcess(const std::map<std::string, std::string>& environment)
+{
+    static int number = 0;
+    m_output = Sandbox::path("application-" + std::to_string(++number) + ".out");
+    const std::string folder = Sandbox::path("working-folder");
+    std::filesystem::create_directories(folder);
+    if (::access(kProgram, X_OK) != 0) {
+        throw std::runtime_error(std::string("not built: ") + kProgram);
+    }
+    m_process = ::fork();
+    if (m_process != 0) {
+        return;
+    }
+    const int out = ::open(m_output.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
+    ::dup2(out, STDOUT_FILENO);
+    ::dup2(out, STDERR_FILENO);
+    ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    for (const auto& [name, value] : environment) {
+        ::setenv(name.c_str(), value.c_str(), 1);
+    }
+    if (::chdir(folder.c_str()) == 0) {
+        ::execl(kProgram, kProgram, nullptr);
+    }
+    ::_exit(127);
+}
+
+ApplicationProcess::~ApplicationProcess()
+{
+    if (!ended()) {
+        ::kill(m_process, SIGKILL);
+        ::waitpid(m_process, nullptr, 0);
+    }
+}
+
+std::string ApplicationProcess::output() const
+{
+    return readBytes(m_output);
+}
+
+bool ApplicationProcess::waitForOutput(const std::string& text, std::chrono::milliseconds limit)
+{
+    const auto printed = [&] { return output().find(text) != std::string::npos; };
+    waitUntil([&] { return printed() || ended(); }, limit);
+    return printed();
+}
+
+int ApplicationProcess::waitForEnd(std::chrono::milliseconds limit)
+{
+    waitUntil([this] { return ended(); }, limit);
+    return m_status;
+}
+
+void ApplicationProcess::signal(int number) const
+{
+    ::kill(m_process, number);
+}
+
+bool ApplicationProcess::ended()
+{
+    int status = 0;
+    if (m_status < 0 && ::waitpid(m_process, &status, WNOHANG) == m_process) {
+        m_status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    }
+    return m_status >= 0;
+}
