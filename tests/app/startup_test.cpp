@@ -1,0 +1,213 @@
+// Start-up inside the test process: the real window, the scripted library, every box answered.
+#include "app/common.h"
+#include "app/install_paths.h"
+#include "app/startup.h"
+#include "dialogs/onlinescanners.h"
+#include "dialogs/splashscreen.h"
+#include "mainwindow/mainwindow.h"
+#include "tests/fake_sdk/fake_sdk_control.h"
+#include "tests/support/answer_modal.h"
+#include "tests/support/sandbox.h"
+
+#include <QMessageBox>
+#include <QTest>
+#include <QTimer>
+
+#include <gmock/gmock.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <stdexcept>
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+namespace {
+
+// Does something each 20 ms inside the event loop that start-up runs, until it says that it is
+// done.
+class InsideEventLoop
+{
+public:
+    explicit InsideEventLoop(std::function<bool()> step)
+    {
+        QObject::connect(&m_timer, &QTimer::timeout, [this, step = std::move(step)] {
+            if (step()) {
+                m_timer.stop();
+            }
+        });
+        m_timer.start(20);
+        // A start-up that never gets there must not hang the test.
+        QObject::connect(&m_limit, &QTimer::timeout, [] {
+            ADD_FAILURE() << "start-up did not come to its end";
+            QCoreApplication::exit(99);
+        });
+        m_limit.setSingleShot(true);
+        m_limit.start(20000);
+    }
+
+private:
+    QTimer m_timer;
+    QTimer m_limit;
+};
+
+QDialog* deviceDialog()
+{
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        auto* dialog = qobject_cast<onlineScanners*>(widget);
+        if (dialog != nullptr && dialog->isVisible()) {
+            return dialog;
+        }
+    }
+    return nullptr;
+}
+
+// Another process that holds the instance lock.
+class LockHolder
+{
+public:
+    LockHolder()
+    {
+        int ends[2] = {};
+        EXPECT_EQ(::pipe(ends), 0);
+        m_process = ::fork();
+        if (m_process == 0) {
+            std::snprintf(
+                chHomePath, sizeof chHomePath, "%sTarvexBaseUI.pid", install_paths::kConfigFolder);
+            const char result = process_already_running() == 0 ? 'y' : 'n';
+            static_cast<void>(!::write(ends[1], &result, 1));
+            ::pause();
+            ::_exit(0);
+        }
+        char result = '?';
+        EXPECT_EQ(::read(ends[0], &result, 1), 1);
+        EXPECT_EQ(result, 'y');
+        ::close(ends[0]);
+        ::close(ends[1]);
+    }
+    ~LockHolder()
+    {
+        ::kill(m_process, SIGKILL);
+        ::waitpid(m_process, nullptr, 0);
+    }
+    LockHolder(const LockHolder&) = delete;
+    LockHolder& operator=(const LockHolder&) = delete;
+    pid_t process() const { return m_process; }
+
+private:
+    pid_t m_process = 0;
+};
+
+std::string pidFile()
+{
+    return std::string(install_paths::kConfigFolder) + "TarvexBaseUI.pid";
+}
+
+} // namespace
+
+TEST(StartUp, searchesAfterOneSecondAndEndsWhenTheChoiceIsCancelled)
+{
+    const Sandbox sandbox;
+    const FakeSdk fake(FakeSdk::Variant::kNoDevices);
+    fake.install();
+    bool splashSeen = false;
+    bool splashGone = false;
+    const InsideEventLoop cancel([&] {
+        splashSeen = splashSeen || (g_waitingDlg != nullptr && g_waitingDlg->isVisible());
+        QDialog* dialog = deviceDialog();
+        if (dialog != nullptr) {
+            splashGone = g_waitingDlg == nullptr;
+            EXPECT_FALSE(g_MainWindow->isVisible()) << "not before a device is chosen";
+            dialog->close();
+        }
+        return dialog != nullptr;
+    });
+    ::testing::internal::CaptureStdout();
+    const int status = runApplication();
+    const std::string printed = ::testing::internal::GetCapturedStdout();
+    EXPECT_EQ(status, 0);
+    EXPECT_TRUE(splashSeen);
+    EXPECT_TRUE(splashGone);
+
+    std::size_t at = 0;
+    for (const char* line : { "g_MainWindow = new MainWindow; end\n", "g_waitingDlg->show(); \n",
+             "signal(SIGALRM, getOnLineScanDevice); \n",
+             "signal(SIGALRM, getOnLineScanDevice); end\n", "alarm(1);   end\n",
+             "getOnLineScanDevice--\n", "getOnLineScanDevice--1\n", "getOnLineScanDevice--2\n",
+             "getOnLineScanDevice-- end \n" }) {
+        const std::size_t found = printed.find(line, at);
+        ASSERT_NE(found, std::string::npos) << line << "missing or out of order in\n" << printed;
+        at = found;
+    }
+    const std::string id = std::to_string(::getpid()) + std::string(1, '\0');
+    EXPECT_EQ(readBytes(pidFile()), id);
+    EXPECT_EQ(readBytes(std::string(install_paths::kDataRoot) + ".config/tarvex-base.pid"), id);
+    const std::string log = Sandbox::runLog();
+    EXPECT_THAT(log, HasSubstr("]程序启动\n"));
+    EXPECT_THAT(log, HasSubstr("]开启刷屏界面\n"));
+    EXPECT_THAT(log, HasSubstr("]开始获取在线Velmar扫描仪\n"));
+}
+
+TEST(StartUp, aSecondCopyIsRefusedAndMakesNothing)
+{
+    const Sandbox sandbox;
+    const FakeSdk fake;
+    fake.install();
+    const LockHolder first;
+    const AnswerModal answer(QStringLiteral("确 定"));
+    const int status = runApplication();
+    ASSERT_EQ(answer.count(), 1);
+    EXPECT_EQ(answer.title(), QStringLiteral("Velmar安全采集系统"));
+    EXPECT_EQ(answer.text(), QStringLiteral("程序已经打开，\n请勿重复打开!"));
+    EXPECT_EQ(answer.seen()[0].buttons, QStringList { QStringLiteral("确 定") });
+    EXPECT_EQ(status, QMessageBox::Ok) << "what the box returned";
+    EXPECT_EQ(g_MainWindow, nullptr);
+    EXPECT_TRUE(fake.calls().empty()) << "the library was not loaded";
+    EXPECT_EQ(readBytes(pidFile()), std::to_string(first.process()) + std::string(1, '\0'));
+}
+
+TEST(StartUp, anExceptionInTheEventLoopIsLoggedAndTheApplicationGoesOn)
+{
+    const Sandbox sandbox;
+    bool after = false;
+    QTimer::singleShot(0, [] { throw std::invalid_argument("stof"); });
+    QTimer::singleShot(10, [&] { after = true; });
+    EXPECT_TRUE(QTest::qWaitFor([&] { return after; }));
+    EXPECT_THAT(Sandbox::runLog(), HasSubstr("[func:notify]stof\n"));
+}
+
+TEST(SdkInitSuccess, tellsTheUserAndClosesTheWindowWhenTheLibraryFailed)
+{
+    const Sandbox sandbox;
+    FakeSdk fake;
+    fake.install();
+    g_MainWindow = new MainWindow(nullptr);
+    g_waitingDlg = new splashScreen(nullptr);
+    EXPECT_EQ(IsSDKInitSuccess(), 0);
+    EXPECT_THAT(Sandbox::runLog(), HasSubstr("]SDK Init success\n"));
+
+    g_MainWindow->m_SDKInit = -23;
+    {
+        const AnswerModal answer(QStringLiteral("确 定"));
+        EXPECT_EQ(IsSDKInitSuccess(), -1);
+        ASSERT_EQ(answer.count(), 1);
+        EXPECT_EQ(answer.title(), QStringLiteral("程序退出"));
+        EXPECT_EQ(answer.text(), QStringLiteral("初始化SDK失败"));
+    }
+    EXPECT_EQ(g_waitingDlg, nullptr);
+    EXPECT_THAT(Sandbox::runLog(), HasSubstr("Main[IsSDKInitSuccess]["));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return fake.count("UnInit") == 1; })) << "closed";
+}
+
+// main of its own: the exception test needs the application's own class.
+int main(int argc, char** argv)
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ); // as the executable does
+    ::testing::InitGoogleMock(&argc, argv);
+    const Application application(argc, argv);
+    return RUN_ALL_TESTS();
+}
