@@ -10,6 +10,7 @@ pkg_check_modules(turbojpeg REQUIRED IMPORTED_TARGET libturbojpeg)
 pkg_check_modules(png REQUIRED IMPORTED_TARGET libpng)
 pkg_check_modules(tiff REQUIRED IMPORTED_TARGET libtiff-4)
 pkg_check_modules(qpdf REQUIRED IMPORTED_TARGET libqpdf)
+pkg_check_modules(minizip REQUIRED IMPORTED_TARGET minizip)
 pkg_check_modules(zlib REQUIRED IMPORTED_TARGET zlib)
 
 if(TARVEX_TESTS)
