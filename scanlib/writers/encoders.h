@@ -22,6 +22,8 @@ std::unique_ptr<PageEncoder> makeTiffEncoder();
 /// Bare CCITT group 4 data for black-and-white (one strip, most significant bit first, ends with
 /// EOFB, black bits are ink), JPEG for the others.
 std::unique_ptr<PageEncoder> makePdfEncoder();
+/// JPEG, and PNG for black-and-white.
+std::unique_ptr<PageEncoder> makeOfdEncoder();
 
 /// For formats of one page: the payload is the file.
 std::unique_ptr<DocumentWriter> makeSinglePageWriter();
@@ -30,6 +32,8 @@ std::unique_ptr<DocumentWriter> makeSinglePageWriter();
 std::unique_ptr<DocumentWriter> makeTiffWriter(std::uint64_t classicLimitBytes);
 /// Reads the payload files in finish(): they must last until then.
 std::unique_ptr<DocumentWriter> makePdfWriter();
+/// Each page goes into the file as it comes; what binds them together in finish().
+std::unique_ptr<DocumentWriter> makeOfdWriter();
 
 /// Geometry and identity of the page, for every encoder.
 void describe(const Page& page, EncodedPage& out);

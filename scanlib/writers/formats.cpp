@@ -23,6 +23,7 @@ const std::array kFormats {
     OutputFormat { FileFormat::kPng, false, makePngEncoder, makeSinglePageWriter },
     OutputFormat { FileFormat::kTif, true, makeTiffEncoder, makeStandardTiffWriter },
     OutputFormat { FileFormat::kPdf, true, makePdfEncoder, makePdfWriter },
+    OutputFormat { FileFormat::kOfd, true, makeOfdEncoder, makeOfdWriter },
 };
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "scanlib/writers/pdf_metadata.h"
 
+#include "scanlib/writers/xml_text.h"
+
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -28,28 +30,6 @@ std::string xmpDate(std::int64_t unixSeconds)
     return text.data();
 }
 
-std::string escaped(const std::string& text)
-{
-    std::string result;
-    for (const char c : text) {
-        switch (c) {
-        case '&':
-            result += "&amp;";
-            break;
-        case '<':
-            result += "&lt;";
-            break;
-        case '>':
-            result += "&gt;";
-            break;
-        default:
-            // XML knows no control characters.
-            result += static_cast<unsigned char>(c) < 0x20 ? ' ' : c;
-        }
-    }
-    return result;
-}
-
 } // namespace
 
 std::string pdfDate(std::int64_t unixSeconds)
@@ -74,10 +54,10 @@ std::string xmpPacket(const DocumentInfo& info)
            " xmlns:pdfaid=\"http://www.aiim.org/pdfa/ns/id/\">\n"
            "<pdfaid:part>2</pdfaid:part><pdfaid:conformance>B</pdfaid:conformance>\n"
            "<dc:title><rdf:Alt><rdf:li xml:lang=\"x-default\">"
-        + escaped(info.title)
+        + xmlEscaped(info.title)
         + "</rdf:li></rdf:Alt></dc:title>\n"
           "<pdf:Producer>"
-        + escaped(info.producer) + "</pdf:Producer>\n<xmp:CreateDate>" + date
+        + xmlEscaped(info.producer) + "</pdf:Producer>\n<xmp:CreateDate>" + date
         + "</xmp:CreateDate>\n"
           "</rdf:Description>\n</rdf:RDF>\n</x:xmpmeta>\n<?xpacket end=\"w\"?>";
 }

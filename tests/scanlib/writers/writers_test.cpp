@@ -323,6 +323,49 @@ TEST(Pdf, threeHundredPagesNeedNoMoreMemoryThanAFew)
     outputOf("qpdf --check " + quoted(folder.file("few.pdf")));
 }
 
+TEST(Ofd, bindsTheEncodedPagesTogether)
+{
+    const TemporaryFolder folder;
+    const auto path = folder.file("pages.ofd");
+    Page bits = noisePage(600, 400, PixelFormat::kBlackWhite);
+    bits.dpiX = bits.dpiY = 300;
+    const EncodedPage jpeg =
+        encoded(FileFormat::kOfd, smoothPage(1654, 2339, PixelFormat::kRgb), 70);
+    ASSERT_TRUE(writeFile(FileFormat::kOfd, path,
+        { jpeg, spooled(encoded(FileFormat::kOfd, bits), folder.file("spool")) })
+                    .ok());
+
+    outputOf("unzip -tq " + quoted(path));
+    const auto part = [&path](const std::string& name) {
+        return "unzip -p " + quoted(path) + " " + name;
+    };
+    EXPECT_TRUE(outputOf(part("Doc_0/Res/image_0.jpg"))
+        == std::string(jpeg.bytes.begin(), jpeg.bytes.end()));
+    outputOf(part("Doc_0/Res/image_1.png") + " > " + quoted(folder.file("image.png")));
+    EXPECT_TRUE(pixelsSeenIn(folder.file("image.png")) == pixelsOf(bits));
+
+    const auto value = [&part](const std::string& name, const std::string& query) {
+        return outputOf(part(name) + " | xmllint --xpath \"string(" + query + ")\" -");
+    };
+    EXPECT_EQ(value("OFD.xml", "//*[local-name()='Title']"), "扫描 & <1>\n");
+    EXPECT_EQ(value("OFD.xml", "//*[local-name()='DocRoot']"), "Doc_0/Document.xml\n");
+    EXPECT_EQ(value("OFD.xml", "string-length(//*[local-name()='DocID'])"), "32\n");
+    EXPECT_EQ(value("Doc_0/Document.xml", "count(//*[local-name()='Page'])"), "2\n");
+    EXPECT_EQ(value("Doc_0/Document.xml", "//*[local-name()='Page'][2]/@BaseLoc"),
+        "Pages/Page_1/Content.xml\n");
+    EXPECT_EQ(value("Doc_0/Pages/Page_0/Content.xml", "//*[local-name()='PhysicalBox']"),
+        "0 0 210.058 297.053\n")
+        << "A4, millimetres";
+    EXPECT_EQ(value("Doc_0/Pages/Page_1/Content.xml", "//*[local-name()='ImageObject']/@CTM"),
+        "50.800 0 0 33.867 0 0\n");
+    const std::string image =
+        value("Doc_0/Pages/Page_1/Content.xml", "//*[local-name()='ImageObject']/@ResourceID");
+    EXPECT_EQ(
+        value("Doc_0/DocumentRes.xml",
+            "//*[local-name()='MultiMedia'][@ID='" + image.substr(0, image.find('\n')) + "']/*"),
+        "image_1.png\n");
+}
+
 class Trouble : public testing::TestWithParam<FileFormat>
 {
 protected:
@@ -374,8 +417,8 @@ TEST_P(Trouble, aSpoolFileThatIsGoneAndADocumentWithoutPagesAreReported)
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, Trouble,
-    testing::Values(
-        FileFormat::kJpg, FileFormat::kBmp, FileFormat::kPng, FileFormat::kTif, FileFormat::kPdf));
+    testing::Values(FileFormat::kJpg, FileFormat::kBmp, FileFormat::kPng, FileFormat::kTif,
+        FileFormat::kPdf, FileFormat::kOfd));
 
 } // namespace
 } // namespace orva
