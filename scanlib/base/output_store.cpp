@@ -19,6 +19,7 @@ namespace {
 constexpr int kMaxNumber = 1'000'000; ///< "name_1000000" and no free name yet: give up
 constexpr unsigned long long kMinFreeBytes = 1ULL << 20U;
 constexpr std::time_t kLeftoverAgeSeconds = 60;
+constexpr const char* kHiddenExtension = ".orva-part";
 
 bool isTaken(const std::filesystem::path& path)
 {
@@ -47,6 +48,31 @@ bool removeLeftover(const std::filesystem::path& hidden, std::time_t minAgeSecon
     }
     close(file);
     return leftover;
+}
+
+/// Creates the file exclusively (else EEXIST), locked from its first moment, so that nobody takes
+/// it for a leftover. Where the file system has no nameless files, it is locked just after.
+int createLocked(const std::filesystem::path& folder, const std::filesystem::path& path)
+{
+    int file = open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0666);
+    if (file >= 0) {
+        flock(file, LOCK_EX | LOCK_NB);
+        const std::string self = "/proc/self/fd/" + std::to_string(file);
+        if (linkat(AT_FDCWD, self.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) == 0) {
+            return file;
+        }
+        const int error = errno;
+        close(file);
+        if (error == EEXIST) {
+            errno = error;
+            return -1;
+        }
+    }
+    file = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (file >= 0) {
+        flock(file, LOCK_EX | LOCK_NB);
+    }
+    return file;
 }
 
 /// Renames unless the new name is taken (then EEXIST). Some network and FAT file systems know
@@ -115,9 +141,16 @@ void flushFolder(const std::filesystem::path& folder)
     }
 }
 
-void removeHiddenLeftover(const std::filesystem::path& hidden)
+void removeHiddenLeftovers(const std::filesystem::path& folder)
 {
-    removeLeftover(hidden, 0);
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        const std::filesystem::path& path = entry->path();
+        if (path.extension() == kHiddenExtension && path.filename().string().front() == '.') {
+            removeLeftover(path, 0);
+        }
+    }
 }
 
 Reservation::~Reservation()
@@ -194,7 +227,7 @@ Status OutputStore::check() const
 std::filesystem::path OutputStore::hiddenPath(
     const std::string& name, const std::string& suffix) const
 {
-    return m_folder / ("." + name + suffix + ".orva-part");
+    return m_folder / ("." + name + suffix + kHiddenExtension);
 }
 
 OutputStore::Attempt OutputStore::tryReserve(
@@ -205,12 +238,9 @@ OutputStore::Attempt OutputStore::tryReserve(
     if (isTaken(target)) {
         return Attempt::kTaken;
     }
-    const auto createHidden = [&] {
-        return open(hidden.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    };
-    int file = createHidden();
+    int file = createLocked(m_folder, hidden);
     if (file < 0 && errno == EEXIST) {
-        file = removeLeftover(hidden, kLeftoverAgeSeconds) ? createHidden() : -1;
+        file = removeLeftover(hidden, kLeftoverAgeSeconds) ? createLocked(m_folder, hidden) : -1;
         if (file < 0) {
             return Attempt::kTaken;
         }
@@ -219,7 +249,6 @@ OutputStore::Attempt OutputStore::tryReserve(
         failure = fileFailure(errno, hidden);
         return Attempt::kFailed;
     }
-    flock(file, LOCK_EX | LOCK_NB); // where locks are unknown, the age alone tells a leftover
     out.abandon();
     out.m_final = target;
     out.m_hidden = hidden;
@@ -266,11 +295,10 @@ Status OutputStore::reserveReplacing(const std::string& name, Reservation& out) 
     }
     const std::filesystem::path hidden = hiddenPath(name, suffix);
     unlink(hidden.c_str()); // of an earlier process with our number
-    const int file = open(hidden.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    const int file = createLocked(m_folder, hidden);
     if (file < 0) {
         return fileFailure(errno, hidden);
     }
-    flock(file, LOCK_EX | LOCK_NB);
     out.abandon();
     out.m_final = target;
     out.m_hidden = hidden;

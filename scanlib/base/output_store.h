@@ -30,6 +30,8 @@ public:
 
     /// Where the writer writes: an empty file in the output folder, hidden.
     const std::filesystem::path& hiddenFile() const { return m_hidden; }
+    /// Its path as far as it is known now; another program may still take the name.
+    const std::filesystem::path& finalFile() const { return m_final; }
     /// Name without extension as far as it is known now.
     std::string stem() const { return m_final.stem().string(); }
     void abandon();
@@ -80,8 +82,8 @@ private:
 
 /// The result code for an errno of a file operation in an output or spool folder.
 Status fileFailure(int error, const std::filesystem::path& path);
-/// Removes the hidden file of a job that has died; one that a living job writes is left alone.
-void removeHiddenLeftover(const std::filesystem::path& hidden);
+/// Removes hidden files of dead jobs from the folder; what a living job writes is left alone.
+void removeHiddenLeftovers(const std::filesystem::path& folder);
 /// Makes what is in the folder's directory survive a loss of power.
 void flushFolder(const std::filesystem::path& folder);
 

@@ -48,7 +48,6 @@ Status DocumentAssembler::reserveNext(OpenDocument& document, const std::string&
 
 Status DocumentAssembler::begin(OpenDocument& document)
 {
-    m_journal.noteHiddenFile(document.place.hiddenFile());
     document.writer = m_format.makeWriter();
     DocumentInfo info;
     info.title = document.place.stem();
@@ -62,11 +61,12 @@ Status DocumentAssembler::complete(OpenDocument& document)
         return status;
     }
     document.writer.reset();
+    m_journal.noteCommit(document.place.hiddenFile(), document.place.finalFile(), document.pages);
     std::filesystem::path file;
     if (Status status = m_store.commit(document.place, file); !status.ok()) {
         return status;
     }
-    m_journal.notePagesSaved(document.pages);
+    m_journal.pagesSaved(document.pages);
     document.pages.clear();
     m_onSaved(file.string());
     return {};

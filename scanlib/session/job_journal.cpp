@@ -3,6 +3,7 @@
 #include "scanlib/base/library_log.h"
 
 #include <cjson/cJSON.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -113,11 +114,44 @@ EncodedPage pageOf(const Json& json, const std::filesystem::path& folder)
     return page;
 }
 
-std::string fileLine(const char* kind, const std::filesystem::path& file)
+/// 0 when there is no such file. Only compared on one file system.
+double inodeOf(const std::filesystem::path& file)
 {
-    const Json json = line(kind);
+    struct stat info
+    {
+    };
+    return stat(file.c_str(), &info) == 0 ? static_cast<double>(info.st_ino) : 0;
+}
+
+std::string commitLine(const std::filesystem::path& hidden, const std::filesystem::path& file,
+    const std::vector<EncodedPage>& pages)
+{
+    const Json json = line("commit");
     cJSON_AddStringToObject(json.get(), "file", file.c_str());
+    cJSON_AddNumberToObject(json.get(), "inode", inodeOf(hidden));
+    cJSON* const names = cJSON_AddArrayToObject(json.get(), "pages");
+    for (const EncodedPage& page : pages) {
+        cJSON_AddItemToArray(names, cJSON_CreateString(page.file.filename().c_str()));
+    }
     return printed(json);
+}
+
+/// Names of the payloads that a commit has brought into a file; none when it did not happen.
+std::vector<std::string> committedPages(const Json& json)
+{
+    std::vector<std::string> names;
+    const double inode = numberOf(json, "inode");
+    if (inode == 0 || inodeOf(textOf(json, "file")) != inode) {
+        return names;
+    }
+    const cJSON* item = nullptr;
+    cJSON_ArrayForEach(item, cJSON_GetObjectItemCaseSensitive(json.get(), "pages"))
+    {
+        if (const char* const name = cJSON_GetStringValue(item); name != nullptr) {
+            names.emplace_back(name);
+        }
+    }
+    return names;
 }
 
 } // namespace
@@ -150,20 +184,17 @@ Status JobJournal::store(EncodedPage& page)
     return {};
 }
 
-void JobJournal::noteHiddenFile(const std::filesystem::path& file)
+void JobJournal::noteCommit(const std::filesystem::path& hidden, const std::filesystem::path& file,
+    const std::vector<EncodedPage>& pages)
 {
-    if (const Status status = m_folder.note(fileLine("hidden", file)); !status.ok()) {
+    if (const Status status = m_folder.note(commitLine(hidden, file, pages)); !status.ok()) {
         libraryLog("journal: %s", status.detail().c_str());
     }
 }
 
-void JobJournal::notePagesSaved(const std::vector<EncodedPage>& pages)
+void JobJournal::pagesSaved(const std::vector<EncodedPage>& pages)
 {
     for (const EncodedPage& page : pages) {
-        if (const Status status = m_folder.note(fileLine("saved", page.file.filename()));
-            !status.ok()) {
-            libraryLog("journal: %s", status.detail().c_str());
-        }
         unlink(page.file.c_str());
     }
     const std::lock_guard<std::mutex> lock(m_mutex);
@@ -197,10 +228,10 @@ JobJournal::Leftover JobJournal::leftover() const
             result.readable = true;
         } else if (kind == "page") {
             result.unsaved.push_back(pageOf(json, m_folder.path()));
-        } else if (kind == "hidden") {
-            result.hiddenFiles.emplace_back(textOf(json, "file"));
-        } else if (kind == "saved") {
-            saved.insert(m_folder.path() / textOf(json, "file"));
+        } else if (kind == "commit") {
+            for (const std::string& name : committedPages(json)) {
+                saved.insert(m_folder.path() / name);
+            }
         }
     }
     const auto isGone = [&](const EncodedPage& page) {

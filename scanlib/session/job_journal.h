@@ -20,10 +20,12 @@ public:
     Status begin(const std::filesystem::path& spoolRoot, const OutputSettings& output);
     /// Puts the payload on disk; page.bytes is empty afterwards and page.file tells where it is.
     Status store(EncodedPage& page);
-    /// A hidden file in the output folder that is garbage if the job dies.
-    void noteHiddenFile(const std::filesystem::path& file);
+    /// The hidden file holds the pages and is about to get its name. Written down first: after a
+    /// crash between the two, the same file under that name tells that the pages are saved.
+    void noteCommit(const std::filesystem::path& hidden, const std::filesystem::path& file,
+        const std::vector<EncodedPage>& pages);
     /// The pages are in a finished file: their payloads are deleted.
-    void notePagesSaved(const std::vector<EncodedPage>& pages);
+    void pagesSaved(const std::vector<EncodedPage>& pages);
     /// Deletes the folder, unless it still holds pages that are in no file.
     void close();
 
@@ -34,7 +36,6 @@ public:
         bool readable = false; ///< the output settings are known
         OutputSettings output;
         std::vector<EncodedPage> unsaved; ///< in page order
-        std::vector<std::filesystem::path> hiddenFiles;
     };
     Leftover leftover() const;
     void remove() { m_folder.remove(); }

@@ -52,8 +52,8 @@ int recoverJob(const std::filesystem::path& folder, const PageTools& tools)
         return 0; // its job is alive
     }
     JobJournal::Leftover left = journal.leftover();
-    for (const std::filesystem::path& hidden : left.hiddenFiles) {
-        removeHiddenLeftover(hidden);
+    if (left.readable) {
+        removeHiddenLeftovers(left.output.folder);
     }
     if (left.unsaved.empty()) {
         journal.remove();

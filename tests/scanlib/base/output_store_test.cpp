@@ -130,8 +130,11 @@ TEST(OutputStore, aLeftoverOfADeadJobDoesNotBlockItsNameForEver)
     ASSERT_TRUE(store.reserve("b", "txt", living).ok());
     utime(living.hiddenFile().c_str(), &old);
     EXPECT_EQ(save(store, "b", "x"), "b_2.txt") << "its job still holds it";
-    removeHiddenLeftover(living.hiddenFile());
+    writeFile(leftover, "half");
+    removeHiddenLeftovers(folder.path());
     EXPECT_TRUE(std::filesystem::exists(living.hiddenFile()));
+    EXPECT_FALSE(std::filesystem::exists(leftover));
+    EXPECT_TRUE(std::filesystem::exists(folder.path() / "a.txt"));
 }
 
 TEST(OutputStore, namesThatNobodyChoseArePassedOver)

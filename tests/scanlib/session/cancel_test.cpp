@@ -1,0 +1,181 @@
+// Cancelling, closing while a job runs, and callbacks that call the library.
+#include "tests/scanlib/session/fakes.h"
+
+#include <future>
+#include <random>
+#include <thread>
+
+using namespace fakes;
+using namespace orva;
+
+namespace {
+
+class Cancelling : public SessionTest
+{
+protected:
+    Cancelling()
+    {
+        device.sheets = 500;
+        device.perSide = 2ms;
+    }
+    std::future<int> scanInBackground()
+    {
+        return std::async(std::launch::async, [this] { return session->scan(); });
+    }
+    void expectCleanEnd()
+    {
+        EXPECT_EQ(Recorder::instance().count(kErrorEvent), 0) << "a cancellation is no error";
+        EXPECT_EQ(Recorder::instance().count(-1), 1);
+        EXPECT_EQ(static_cast<int>(savedPages().size()), Recorder::instance().count(1));
+        EXPECT_EQ(savedPages(), upTo(Recorder::instance().count(1)))
+            << "no page in the middle is lost";
+    }
+};
+
+} // namespace
+
+TEST_F(Cancelling, inTheMiddleTwiceKeepsWhatWasScanned)
+{
+    auto job = scanInBackground();
+    ASSERT_TRUE(Recorder::instance().waitFor(2, 5));
+    EXPECT_EQ(session->scannerState(), 1);
+    EXPECT_EQ(session->cancelScan(), kOk);
+    EXPECT_EQ(session->cancelScan(), kOk);
+    EXPECT_EQ(job.get(), kCancelled);
+    expectCleanEnd();
+    EXPECT_GE(savedPages().size(), 5U);
+    EXPECT_EQ(session->cancelScan(), kOk) << "nothing to cancel";
+    device.sheets = 1;
+    Recorder::instance().reset();
+    EXPECT_EQ(session->scan(), kOk) << "the next job is not cancelled";
+}
+
+TEST_F(Cancelling, deviceThatWaitsForPaperIsWoken)
+{
+    device.perSide = 60s;
+    auto job = scanInBackground();
+    while (session->scannerState() != 1) {
+        std::this_thread::yield();
+    }
+    const auto begin = std::chrono::steady_clock::now();
+    session->cancelScan();
+    EXPECT_EQ(job.get(), kCancelled);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 1s);
+}
+
+TEST_F(Cancelling, atEveryMomentOfAJob)
+{
+    std::mt19937 random(7);
+    device.perSide = 0ms;
+    for (int round = 0; round < 60; ++round) {
+        Recorder::instance().reset();
+        std::filesystem::remove_all(output);
+        std::filesystem::create_directory(output);
+        device.sheets = 20;
+        auto job = scanInBackground();
+        std::this_thread::sleep_for(std::chrono::microseconds(random() % 6000));
+        std::thread other([&] { session->cancelScan(); });
+        session->cancelScan();
+        other.join();
+        const int code = job.get();
+        EXPECT_TRUE(code == kCancelled || code == kOk) << code;
+        expectCleanEnd();
+    }
+}
+
+TEST_F(Cancelling, cancellingByTheDeviceIsNoError)
+{
+    device.perSide = 0ms;
+    device.faultAtSide[4] = kCancelled;
+    EXPECT_EQ(session->scan(), kCancelled);
+    expectCleanEnd();
+    EXPECT_EQ(savedPages(), upTo(3));
+}
+
+TEST_F(Cancelling, aCallbackMayCallEverything)
+{
+    std::vector<int> answers;
+    Recorder::instance().setHook([&](const Event& event) {
+        if (event.state == 1 && event.page == 3) {
+            std::string text;
+            _tagPageParameter page {};
+            answers = { session->buttonStatus(), session->havePaper(), session->scan(),
+                session->unInit(), session->selectScanner(0), session->sourceCount(),
+                session->pageParameters(page), session->scannerState(), session->clearTmpData(),
+                session->cancelScan() };
+        }
+    });
+    device.button = 1;
+    EXPECT_EQ(session->scan(), kCancelled);
+    EXPECT_EQ(answers, (std::vector<int> { 0, kBusy, kBusy, kBusy, kBusy, 2, kOk, 1, kOk, kOk }));
+    expectCleanEnd();
+    EXPECT_EQ(session->buttonStatus(), 1);
+}
+
+TEST_F(Cancelling, unInitEndsARunningJobAndLeavesNoCallbackBehind)
+{
+    auto job = scanInBackground();
+    ASSERT_TRUE(Recorder::instance().waitFor(1, 3));
+    EXPECT_EQ(session->unInit(), kOk);
+    const std::size_t events = Recorder::instance().events().size();
+    EXPECT_EQ(job.get(), kCancelled);
+    EXPECT_EQ(Recorder::instance().events().size(), events);
+    expectCleanEnd();
+    EXPECT_EQ(session->scan(), kNotInitialised);
+    EXPECT_EQ(session->unInit(), kOk);
+    EXPECT_EQ(session->init(), kOk) << "the library can be used again";
+}
+
+TEST_F(Cancelling, unInitDoesNotWaitForEverForACallback)
+{
+    SessionParts impatient = parts();
+    impatient.endingLimit = 50ms;
+    impatient.mutedLimit = 50ms;
+    session = std::make_unique<Session>(impatient);
+    session->init();
+    session->selectScanner(0);
+    session->setStateCallback(Recorder::state);
+    choose({});
+    std::promise<void> release;
+    std::shared_future<void> released = release.get_future().share();
+    Recorder::instance().setHook([released](const Event& event) {
+        if (event.state == 1 && event.page == 1) {
+            released.wait();
+        }
+    });
+    auto job = scanInBackground();
+    ASSERT_TRUE(Recorder::instance().waitFor(1, 1));
+    EXPECT_EQ(session->unInit(), kBusy);
+    release.set_value();
+    EXPECT_EQ(job.get(), kCancelled);
+    EXPECT_EQ(Recorder::instance().events().size(), 1U) << "muted";
+    EXPECT_EQ(session->unInit(), kOk);
+}
+
+TEST_F(Cancelling, entryPointsFromOtherThreadsDuringJobs)
+{
+    device.sheets = 30;
+    device.perSide = 1ms;
+    std::atomic<bool> stop { false };
+    const auto poke = [&] {
+        while (!stop) {
+            double width = 0;
+            double height = 0;
+            std::string text;
+            session->buttonStatus();
+            session->paperSizeMax(width, height);
+            session->deviceInfo(text);
+            session->setResolution(300, 300);
+            session->setImageParam({});
+        }
+    };
+    std::thread pokers[] = { std::thread(poke), std::thread(poke) };
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(session->scan(), kOk);
+    }
+    stop = true;
+    for (std::thread& thread : pokers) {
+        thread.join();
+    }
+    EXPECT_EQ(Recorder::instance().count(2), 150);
+}

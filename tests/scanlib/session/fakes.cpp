@@ -1,0 +1,467 @@
+#include "tests/scanlib/session/fakes.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+#include <numeric>
+#include <sstream>
+#include <thread>
+
+using namespace orva;
+
+namespace fakes {
+
+namespace {
+
+class InsideDevice
+{
+public:
+    explicit InsideDevice(DeviceScript& script)
+        : m_script(script)
+    {
+        if (m_script.inside.fetch_add(1) != 0) {
+            m_script.overlapped = true;
+        }
+    }
+    ~InsideDevice() { --m_script.inside; }
+
+private:
+    DeviceScript& m_script;
+};
+
+class FakeDevice : public Device
+{
+public:
+    FakeDevice(DeviceScript& script, DeviceIdentity identity)
+        : m_script(script)
+        , m_identity(std::move(identity))
+    {
+        const std::vector<PaperSize> flat { { "A4", 0, 0, 210, 297 }, { "自动", 0, 0, 216, 300 } };
+        const std::vector<PaperSize> feeder { { "A4", 0, 0, 210, 297 }, { "A5", 0, 0, 148, 210 },
+            { "自动", 0, 0, 216, 900 } };
+        m_sources = { { "平板", SourceKind::kFlatbed, 216, 300, flat, { 75, 200, 1200 } },
+            { "ADF单面", SourceKind::kFeeder, 216, 900, feeder, { 100, 200, 300 } } };
+    }
+
+    const DeviceIdentity& identity() const override { return m_identity; }
+    Status open() override
+    {
+        const InsideDevice inside(m_script);
+        ++m_script.opens;
+        m_identity.serial = "A-after-open";
+        return m_script.openResult == kOk ? Status() : Status(m_script.openResult, "open");
+    }
+    const std::vector<PaperSource>& sources() const override { return m_sources; }
+    Status configure(const AcquireSettings& /*settings*/) override
+    {
+        const InsideDevice inside(m_script);
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_cancelled = false;
+        m_side = 0;
+        return {};
+    }
+
+    Status nextPage(Page& page, bool& endOfFeed, const CancelToken& cancel) override
+    {
+        const InsideDevice inside(m_script);
+        {
+            std::unique_lock<std::mutex> lock(m_mutex);
+            m_wake.wait_for(lock, m_script.perSide, [this] { return m_cancelled; });
+            if (m_cancelled || cancel.cancelled()) {
+                return { kCancelled, "cancelled" };
+            }
+        }
+        const int sides = m_script.duplex ? 2 * m_script.sheets : m_script.sheets;
+        if (m_side >= sides) {
+            endOfFeed = true;
+            return sides == 0 ? Status(kNoPaper, "empty") : Status();
+        }
+        ++m_side;
+        if (const auto fault = m_script.faultAtSide.find(m_side);
+            fault != m_script.faultAtSide.end()) {
+            return { fault->second, "scripted" };
+        }
+        page.allocate(m_script.sidePixels, m_script.sidePixels, PixelFormat::kGray);
+        page.pixels[0] = static_cast<std::uint8_t>(m_side);
+        page.dpiX = page.dpiY = 200;
+        page.sheet = m_script.duplex ? (m_side + 1) / 2 : m_side;
+        page.side = m_script.duplex && m_side % 2 == 0 ? Side::kBack : Side::kFront;
+        ++m_script.delivered;
+        return {};
+    }
+    void endBatch() override { ++m_script.endBatches; }
+    void requestCancel() noexcept override
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_cancelled = true;
+        m_wake.notify_all();
+    }
+
+    Status hasPaper(bool& result) override
+    {
+        const InsideDevice inside(m_script);
+        result = m_script.paper;
+        return {};
+    }
+    Status pressedButton(int& value) override
+    {
+        const InsideDevice inside(m_script);
+        value = m_script.button;
+        return {};
+    }
+    Status timing(DeviceTiming& result) override
+    {
+        result = m_timing;
+        return {};
+    }
+    Status setTimes(int sleep, int autoOff) override
+    {
+        m_timing.sleep.value = sleep < 0 ? m_timing.sleep.value : sleep;
+        m_timing.autoOff.value = autoOff < 0 ? m_timing.autoOff.value : autoOff;
+        return {};
+    }
+    Status setPrefeed(bool enable, float seconds) override
+    {
+        m_timing.prefeedEnabled = enable;
+        m_timing.prefeedSeconds = seconds;
+        return {};
+    }
+
+private:
+    DeviceScript& m_script;
+    DeviceIdentity m_identity;
+    std::vector<PaperSource> m_sources;
+    DeviceTiming m_timing { { true, 1, 60, 1, 'm', 15 }, { true, 0, 24, 1, 'h', 4 }, true, false,
+        2.0F, true };
+    std::mutex m_mutex;
+    std::condition_variable m_wake;
+    bool m_cancelled = false;
+    int m_side = 0;
+};
+
+PageScript* g_script = nullptr; // formats are made by plain functions
+
+class FakeEncoder : public PageEncoder
+{
+public:
+    Status encode(
+        const Page& page, const EncodeOptions& /*options*/, EncodedPage& out) const override
+    {
+        out.number = page.number;
+        out.sheet = page.sheet;
+        out.side = page.side;
+        out.stream = page.stream;
+        const std::string text = "page " + std::to_string(page.number) + "\n"
+            + std::string(g_script->payloadBytes, '.') + (g_script->payloadBytes != 0 ? "\n" : "");
+        out.bytes.assign(text.begin(), text.end());
+        if (g_script->duringEncode) {
+            g_script->duringEncode(page.number);
+        }
+        ++g_script->encoded;
+        return {};
+    }
+};
+
+class FakeWriter : public DocumentWriter
+{
+public:
+    ~FakeWriter() override
+    {
+        if (m_file != nullptr) {
+            std::fclose(m_file);
+        }
+    }
+    Status begin(const std::filesystem::path& path, const DocumentInfo& /*info*/) override
+    {
+        m_file = std::fopen(path.c_str(), "wb");
+        return m_file != nullptr ? Status() : fileFailure(errno, path);
+    }
+    Status addPage(const EncodedPage& page) override
+    {
+        if (page.number == g_script->failWriterAtPage) {
+            return { kDiskFull, "scripted" };
+        }
+        const std::string text = contentOf(page.file);
+        ++m_pages;
+        return text.empty() ? Status(kFileWrite, "the payload is not there") : put(text);
+    }
+    Status finish() override
+    {
+        Status status = put("end " + std::to_string(m_pages) + "\n");
+        std::fclose(m_file);
+        m_file = nullptr;
+        return status;
+    }
+
+private:
+    Status put(const std::string& text)
+    {
+        const bool written = std::fwrite(text.data(), 1, text.size(), m_file) == text.size()
+            && std::fflush(m_file) == 0;
+        return written ? Status() : fileFailure(errno, "output");
+    }
+
+    std::FILE* m_file = nullptr;
+    int m_pages = 0;
+};
+
+std::unique_ptr<PageEncoder> makeFakeEncoder()
+{
+    return std::make_unique<FakeEncoder>();
+}
+
+std::unique_ptr<DocumentWriter> makeFakeWriter()
+{
+    return std::make_unique<FakeWriter>();
+}
+
+const OutputFormat kFormats[] = { { FileFormat::kJpg, false, makeFakeEncoder, makeFakeWriter },
+    { FileFormat::kPdf, true, makeFakeEncoder, makeFakeWriter } };
+
+} // namespace
+
+Recorder& Recorder::instance()
+{
+    static Recorder recorder;
+    return recorder;
+}
+
+void Recorder::state(int state, int page, std::string file)
+{
+    instance().record({ state, page, std::move(file), std::chrono::steady_clock::now() });
+}
+
+int Recorder::error(int code)
+{
+    instance().record({ kErrorEvent, code, "", std::chrono::steady_clock::now() });
+    return 0;
+}
+
+void Recorder::record(Event event)
+{
+    std::function<void(const Event&)> hook;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_events.push_back(event);
+        hook = m_hook;
+        m_changed.notify_all();
+    }
+    if (hook) {
+        hook(event);
+    }
+}
+
+void Recorder::reset()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_events.clear();
+    m_hook = nullptr;
+}
+
+void Recorder::setHook(std::function<void(const Event&)> hook)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_hook = std::move(hook);
+}
+
+std::vector<Event> Recorder::events()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_events;
+}
+
+int Recorder::count(int state)
+{
+    const std::vector<Event> all = events();
+    return static_cast<int>(std::count_if(
+        all.begin(), all.end(), [&](const Event& event) { return event.state == state; }));
+}
+
+std::vector<std::string> Recorder::files()
+{
+    std::vector<std::string> files;
+    for (const Event& event : events()) {
+        if (event.state == 2) {
+            files.push_back(event.file);
+        }
+    }
+    return files;
+}
+
+bool Recorder::waitFor(int state, int number, std::chrono::milliseconds limit)
+{
+    std::unique_lock<std::mutex> lock(m_mutex);
+    return m_changed.wait_for(lock, limit, [&] {
+        return std::count_if(m_events.begin(), m_events.end(), [&](const Event& event) {
+            return event.state == state;
+        }) >= number;
+    });
+}
+
+FakeDriver::FakeDriver(DeviceScript& script, std::vector<DeviceIdentity> devices)
+    : list(std::move(devices))
+    , m_script(script)
+{
+    if (list.empty()) {
+        DeviceIdentity only;
+        only.key = "fake:0";
+        only.name = "Fake 1";
+        list.push_back(only);
+    }
+}
+
+std::vector<DeviceIdentity> FakeDriver::enumerate(std::chrono::milliseconds /*limit*/)
+{
+    return list;
+}
+
+std::unique_ptr<Device> FakeDriver::create(const DeviceIdentity& identity)
+{
+    return std::make_unique<FakeDevice>(m_script, identity);
+}
+
+PageTools fakeTools(PageScript& script)
+{
+    g_script = &script;
+    PageTools tools;
+    tools.imageSettings = [](const ImageParam&, ColorMode mode) {
+        ImageSettings settings;
+        settings.mode = mode;
+        return settings;
+    };
+    tools.needsWholeSheet = [&](const ImageSettings&) { return script.wholeSheets; };
+    tools.runOperations = [&](PageGroup& group, const ImageSettings&) -> Status {
+        ++script.groups;
+        if (group.front().number == script.failOperationsAt) {
+            return { kDamagedPage, "scripted" };
+        }
+        if (group.front().number == script.blankSide) {
+            group.clear();
+        }
+        return {};
+    };
+    tools.findOutputFormat = [](FileFormat wanted) -> const OutputFormat* {
+        for (const OutputFormat& format : kFormats) {
+            if (format.format == wanted) {
+                return &format;
+            }
+        }
+        return nullptr;
+    };
+    return tools;
+}
+
+std::vector<int> pagesOf(const std::filesystem::path& file)
+{
+    std::istringstream lines(contentOf(file));
+    std::vector<int> numbers;
+    int end = -1;
+    for (std::string line; std::getline(lines, line);) {
+        int value = 0;
+        if (std::sscanf(line.c_str(), "page %d", &value) == 1) {
+            numbers.push_back(value);
+        } else if (std::sscanf(line.c_str(), "end %d", &value) == 1) {
+            end = value;
+        }
+    }
+    return end == static_cast<int>(numbers.size()) ? numbers : std::vector<int> { -1 };
+}
+
+FileParam fileParam(const std::filesystem::path& folder, const FileChoice& choice)
+{
+    FileParam param {};
+    std::strncpy(param.szFilePath, folder.c_str(), sizeof(param.szFilePath) - 1);
+    std::strncpy(param.szIndex, choice.serial, sizeof(param.szIndex) - 1);
+    param.bSameNameCover = choice.overwrite ? 1 : 0;
+    param.nFormatIndex = static_cast<int>(choice.format);
+    param.nMultiPage = choice.multiPage ? 1 : 0;
+    return param;
+}
+
+SessionTest::SessionTest()
+    : output(folder.path() / "out")
+{
+    std::filesystem::create_directory(output);
+    Recorder::instance().reset();
+    setUpSession();
+}
+
+SessionTest::~SessionTest()
+{
+    session.reset();
+    EXPECT_FALSE(device.overlapped) << "two threads were in the device at one time";
+}
+
+SessionParts SessionTest::parts()
+{
+    SessionParts result;
+    result.paths.spool = folder.path() / "spool";
+    result.makeDrivers = [this](const LibraryPaths&) {
+        std::vector<std::unique_ptr<Driver>> drivers;
+        drivers.push_back(std::make_unique<FakeDriver>(device));
+        return drivers;
+    };
+    result.tools = fakeTools(pages);
+    result.limits = limits;
+    return result;
+}
+
+void SessionTest::setUpSession()
+{
+    session = std::make_unique<Session>(parts());
+    EXPECT_EQ(session->init(), kOk);
+    EXPECT_EQ(session->scannerCount(), 1);
+    EXPECT_EQ(session->selectScanner(0), kOk);
+    session->setStateCallback(Recorder::state);
+    session->setErrorCallback(Recorder::error);
+    choose({});
+}
+
+void SessionTest::restart()
+{
+    session.reset();
+    setUpSession();
+}
+
+void SessionTest::choose(const FileChoice& choice)
+{
+    EXPECT_EQ(session->setFileParam(fileParam(output, choice)), kOk);
+}
+
+std::vector<std::string> SessionTest::visibleNames()
+{
+    std::vector<std::string> names = namesIn(output);
+    names.erase(std::remove_if(names.begin(), names.end(),
+                    [](const std::string& name) { return name.front() == '.'; }),
+        names.end());
+    return names;
+}
+
+std::vector<int> SessionTest::savedPages()
+{
+    std::vector<int> all;
+    for (const std::string& name : visibleNames()) {
+        const std::vector<int> some = pagesOf(output / name);
+        all.insert(all.end(), some.begin(), some.end());
+    }
+    return all;
+}
+
+bool SessionTest::waitForFiles(std::size_t number)
+{
+    const auto deadline = std::chrono::steady_clock::now() + 10s;
+    while (visibleNames().size() < number && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(5ms);
+    }
+    return visibleNames().size() == number;
+}
+
+std::vector<int> upTo(int last)
+{
+    std::vector<int> numbers(static_cast<std::size_t>(last));
+    std::iota(numbers.begin(), numbers.end(), 1);
+    return numbers;
+}
+
+} // namespace fakes

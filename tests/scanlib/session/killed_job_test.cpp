@@ -1,0 +1,93 @@
+// The process dies in the middle of a job: no broken file, no reported side lost.
+#include "tests/scanlib/session/fakes.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <random>
+#include <thread>
+
+using namespace fakes;
+using namespace orva;
+
+namespace {
+
+class KilledJob : public SessionTest
+{
+protected:
+    KilledJob() { session.reset(); }
+
+    void waitForRecovery()
+    {
+        const auto deadline = std::chrono::steady_clock::now() + 20s;
+        while (!namesIn(folder.path() / "spool").empty()
+            && std::chrono::steady_clock::now() < deadline) {
+            std::this_thread::sleep_for(2ms);
+        }
+    }
+    /// Runs a job in a child and kills it after the time. Returns the number of sides it had
+    /// reported.
+    int runAndKill(bool multiPage, std::chrono::microseconds lifetime)
+    {
+        int toParent[2] = {};
+        EXPECT_EQ(pipe(toParent), 0);
+        const pid_t child = fork();
+        if (child == 0) {
+            static int reports = toParent[1];
+            setUpSession();
+            session->setStateCallback([](int state, int, std::string) {
+                if (state == 1 && write(reports, "s", 1) != 1) {
+                    _exit(2);
+                }
+            });
+            choose({ multiPage ? FileFormat::kPdf : FileFormat::kJpg, multiPage });
+            session->scan();
+            _exit(0);
+        }
+        close(toParent[1]);
+        std::this_thread::sleep_for(lifetime);
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+        int reported = 0;
+        for (char byte = 0; read(toParent[0], &byte, 1) == 1;) {
+            ++reported;
+        }
+        close(toParent[0]);
+        return reported;
+    }
+};
+
+} // namespace
+
+TEST_F(KilledJob, leavesNoBrokenFileAndItsPagesComeBackAtTheNextStart)
+{
+    std::mt19937 random(11);
+    device.sheets = 40;
+    device.perSide = 1ms;
+    int killedInTheMiddle = 0;
+    for (int round = 0; round < 16; ++round) {
+        const bool multiPage = round % 2 == 0;
+        const int reported =
+            runAndKill(multiPage, std::chrono::microseconds(5000 + random() % 45000));
+        killedInTheMiddle += reported > 0 && reported < device.sheets ? 1 : 0;
+        for (const std::string& name : visibleNames()) {
+            EXPECT_NE(pagesOf(output / name), std::vector<int> { -1 }) << name << " is broken";
+        }
+        setUpSession();
+        waitForRecovery();
+        session.reset();
+        std::vector<int> saved = savedPages();
+        std::sort(saved.begin(), saved.end());
+        EXPECT_TRUE(std::adjacent_find(saved.begin(), saved.end()) == saved.end()) << "saved twice";
+        for (int number = 1; number <= reported; ++number) {
+            EXPECT_TRUE(std::binary_search(saved.begin(), saved.end(), number))
+                << "side " << number << " of " << reported << " is lost";
+        }
+        EXPECT_EQ(namesIn(output), visibleNames()) << "hidden files are left";
+        EXPECT_TRUE(namesIn(folder.path() / "spool").empty());
+        std::filesystem::remove_all(output);
+        std::filesystem::create_directory(output);
+    }
+    EXPECT_GT(killedInTheMiddle, 3) << "the test must hit running jobs";
+}

@@ -1,0 +1,165 @@
+// What each entry point answers in each state, and the settings that it keeps.
+#include "scanlib/session/device_info_text.h"
+#include "tests/scanlib/session/fakes.h"
+
+#include <cjson/cJSON.h>
+
+#include <future>
+
+using namespace fakes;
+using namespace orva;
+
+TEST_F(SessionTest, everyStateRefusesWhatIsNotLegalInIt)
+{
+    struct Case
+    {
+        const char* what;
+        std::function<int(Session&)> call;
+        int closed;
+        int idle;
+        int scanning;
+    };
+    std::string text;
+    int x = 0;
+    double d = 0;
+    const Case cases[] = {
+        { "count", [](Session& s) { return s.scannerCount(); }, kNotInitialised, 1, 1 },
+        { "name", [&](Session& s) { return s.scannerName(0, text); }, kNotInitialised, 0, 0 },
+        { "name 1", [&](Session& s) { return s.scannerName(1, text); }, kNotInitialised,
+            kIndexOutOfRange, kIndexOutOfRange },
+        { "sources", [](Session& s) { return s.sourceCount(); }, kNotInitialised,
+            kNoScannerSelected, 2 },
+        { "set source", [](Session& s) { return s.setSource(0); }, kNotInitialised,
+            kNoScannerSelected, kBusy },
+        { "resolution", [&](Session& s) { return s.resolution(0, x, x); }, kNotInitialised,
+            kNoScannerSelected, 0 },
+        { "paper max", [&](Session& s) { return s.paperSizeMax(d, d); }, kNotInitialised,
+            kNoScannerSelected, 0 },
+        { "paper", [](Session& s) { return s.havePaper(); }, kNotInitialised, kNoScannerSelected,
+            kBusy },
+        { "button", [](Session& s) { return s.buttonStatus(); }, kNotInitialised,
+            kNoScannerSelected, 0 },
+        { "information", [&](Session& s) { return s.deviceInfo(text); }, kNotInitialised,
+            kNoScannerSelected, kBusy },
+        { "record", [](Session& s) { return s.setImageParam({}); }, kNotInitialised, 0, kBusy },
+        { "callback", [](Session& s) { return s.setErrorCallback(nullptr); }, kNotInitialised, 0,
+            kBusy },
+        { "temporary data", [](Session& s) { return s.clearTmpData(); }, kNotInitialised, 0, 0 },
+        { "state", [](Session& s) { return s.scannerState(); }, kNotInitialised, kNoScannerSelected,
+            1 },
+        { "cancel", [](Session& s) { return s.cancelScan(); }, kNotInitialised, 0, 0 },
+    };
+    Session fresh(parts());
+    for (const Case& c : cases) {
+        EXPECT_EQ(c.call(fresh), c.closed) << c.what << ", closed";
+    }
+    ASSERT_EQ(fresh.init(), kOk);
+    EXPECT_EQ(fresh.init(), kOk) << "twice is harmless";
+    for (const Case& c : cases) {
+        EXPECT_EQ(c.call(fresh), c.idle) << c.what << ", idle";
+    }
+    EXPECT_EQ(fresh.scan(), kNoScannerSelected);
+
+    device.sheets = 1000;
+    device.perSide = 5ms;
+    auto job = std::async(std::launch::async, [&] { return session->scan(); });
+    ASSERT_TRUE(Recorder::instance().waitFor(1, 1));
+    EXPECT_EQ(session->scan(), kBusy);
+    for (const Case& c : cases) {
+        EXPECT_EQ(c.call(*session), c.scanning) << c.what << ", scanning";
+    }
+    EXPECT_EQ(job.get(), kCancelled);
+}
+
+TEST_F(SessionTest, aScanWithoutAScannerIsToldAsEveryFailure)
+{
+    Session fresh(parts());
+    fresh.init();
+    fresh.setStateCallback(Recorder::state);
+    fresh.setErrorCallback(Recorder::error);
+    EXPECT_EQ(fresh.scan(), kNoScannerSelected);
+    EXPECT_EQ(Recorder::instance().count(kErrorEvent), 1);
+    EXPECT_EQ(Recorder::instance().count(-1), 1);
+}
+
+TEST_F(SessionTest, theSourceBringsItsPapersAndResolutions)
+{
+    EXPECT_EQ(session->currentSource(), 1) << "the first feeder";
+    PaperSize area;
+    session->currentPaperSize(area);
+    EXPECT_EQ(area.name, "A4");
+    EXPECT_EQ(session->paperCount(), 3);
+    PaperSize a5;
+    ASSERT_EQ(session->paperSize(1, a5), kOk);
+    EXPECT_EQ(session->setPaperSize(a5, 1), kOk);
+    EXPECT_EQ(session->setResolution(300, 300), kOk);
+
+    EXPECT_EQ(session->setSource(0), kOk);
+    session->currentPaperSize(area);
+    EXPECT_EQ(area.name, "A4") << "the flatbed has no A5";
+    int x = 0;
+    int y = 0;
+    session->currentResolution(x, y);
+    EXPECT_EQ(x, 200) << "the flatbed has no 300";
+    EXPECT_EQ(session->paperCount(), 2);
+
+    EXPECT_EQ(session->setSource(2), kIndexOutOfRange);
+    EXPECT_EQ(session->setResolution(301, 300), kValueOutOfRange);
+    EXPECT_EQ(session->setPaperSize({ "", 0, 0, 500, 100 }, -1), kValueOutOfRange);
+    EXPECT_EQ(session->setPaperSize({ "", 0, 0, 100, 0.0 / 0.0 }, -1), kValueOutOfRange);
+    EXPECT_EQ(session->setPaperSize({ "", 0, 0, 100, 100 }, 9), kIndexOutOfRange);
+    EXPECT_EQ(session->setPaperSize({ "", 10, 20, 100, 100 }, -1), kOk);
+    EXPECT_EQ(session->setColorMode(4), kValueOutOfRange);
+    EXPECT_EQ(session->setColorMode(3), kOk);
+    EXPECT_EQ(session->colorMode(), 3);
+    EXPECT_EQ(session->setJpegQuality(5), kValueOutOfRange);
+    EXPECT_EQ(session->setJpegQuality(-1), kValueOutOfRange);
+    DeviceIdentity identity;
+    session->currentScanner(identity);
+    EXPECT_EQ(identity.serial, "A-after-open");
+    EXPECT_EQ(identity.name, "Fake 1");
+}
+
+TEST_F(SessionTest, theDeviceIsOpenedOnceAndOnlyWhenItIsAsked)
+{
+    device.opens = 0;
+    Session fresh(parts());
+    fresh.init();
+    fresh.selectScanner(0);
+    DeviceIdentity identity;
+    EXPECT_EQ(fresh.currentScanner(identity), kOk);
+    EXPECT_EQ(device.opens, 0) << "going through the list must be quick";
+    EXPECT_EQ(fresh.sourceCount(), 2);
+    EXPECT_EQ(fresh.havePaper(), 1);
+    EXPECT_EQ(device.opens, 1);
+    device.paper = false;
+    EXPECT_EQ(fresh.havePaper(), 0);
+}
+
+TEST(DeviceInfoText, holdsTheKeysThatTheApplicationReads)
+{
+    DeviceTiming timing { { true, 1, 240, 5, 'm', 15 }, { false, 0, 24, 1, 'h', 4 }, true, true,
+        0.7F, true };
+    const std::string text = deviceInfoText(timing);
+    EXPECT_LT(text.size(), 1024U);
+    cJSON* const root = cJSON_Parse(text.c_str());
+    ASSERT_NE(root, nullptr);
+    const auto value = [&](const char* object, const char* key) {
+        const cJSON* const item =
+            cJSON_GetObjectItemCaseSensitive(cJSON_GetObjectItemCaseSensitive(root, object), key);
+        return cJSON_IsNumber(item) != 0 ? item->valuedouble : -1e9;
+    };
+    EXPECT_EQ(value("InSleep", "nEnable"), 1);
+    EXPECT_EQ(value("InSleep", "nMix"), 1);
+    EXPECT_EQ(value("InSleep", "nMax"), 240);
+    EXPECT_EQ(value("InSleep", "nStep"), 5);
+    EXPECT_EQ(value("InSleep", "chUnit"), 109);
+    EXPECT_EQ(value("InSleep", "value"), 15);
+    EXPECT_EQ(value("AutoOff", "nEnable"), 0);
+    EXPECT_EQ(value("AutoOff", "chUnit"), 104);
+    EXPECT_EQ(value("Prefeed", "nCap"), 1);
+    EXPECT_EQ(value("Prefeed", "nEnable"), 1);
+    EXPECT_EQ(static_cast<float>(value("Prefeed", "value")), 0.7F);
+    EXPECT_EQ(cJSON_GetObjectItemCaseSensitive(root, "IsHigh")->valueint, 1);
+    cJSON_Delete(root);
+}
