@@ -13,6 +13,7 @@
 
 namespace {
 
+constexpr QSize kFirstSize(960, 664); ///< fits a screen of 1366 x 768
 constexpr QSize kTabIconSize(20, 20);
 constexpr QSize kButtonIconSize(24, 20);
 constexpr int kProductIconSize = 64;
@@ -80,6 +81,22 @@ void setValidator(QLineEdit* edit, const char* pattern)
         new QRegularExpressionValidator(QRegularExpression(QLatin1String(pattern)), edit));
 }
 
+/// Keys that press a button while it is visible and enabled. Not the shortcut property of the
+/// button: that one is lost whenever its text is set.
+void setKeys(const MainWindowUi& ui)
+{
+    const std::initializer_list<std::pair<QPushButton*, QKeySequence>> keys {
+        { ui.scanMainBtn, Qt::Key_F5 },
+        { ui.preViewBtn, Qt::Key_F6 },
+        { ui.templateBtn, Qt::CTRL + Qt::Key_T },
+        { ui.exitMainBtn, Qt::CTRL + Qt::Key_Q },
+    };
+    for (const auto& [button, key] : keys) {
+        auto* shortcut = new QShortcut(key, button);
+        QObject::connect(shortcut, &QShortcut::activated, button, &QPushButton::click);
+    }
+}
+
 void setIcons(const MainWindowUi& ui)
 {
     const std::initializer_list<std::pair<QPushButton*, const char*>> icons {
@@ -124,9 +141,15 @@ void MainWindowUi::setupUi(QMainWindow* window)
     addPage<Ui::AboutPage>(tabWidget, this, guard, "about");
     tabWidget->setCurrentIndex(0);
     setIcons(*this);
+    setKeys(*this);
 
     setValidator(fileNamePreEdit, "[a-zA-Z0-9]*");
     setValidator(nameNoSerialEdit, "[a-zA-Z0-9]+$");
 
-    window->resize(960, 640);
+    // From the pages on to the buttons below them, from left to right.
+    QWidget::setTabOrder(button_clear_tmpdata, templateBtn);
+    QWidget::setTabOrder(templateBtn, scanMainBtn);
+    QWidget::setTabOrder(scanMainBtn, exitMainBtn);
+
+    window->resize(kFirstSize);
 }

@@ -136,6 +136,10 @@
         <translation>打开(&amp;O)</translation>
     </message>
     <message>
+        <source>Open</source>
+        <translation>打开</translation>
+    </message>
+    <message>
         <source>&amp;Rename</source>
         <translation>重命名(&amp;R)</translation>
     </message>

@@ -1,0 +1,153 @@
+// The toolkit's own dialogs speak Chinese: each is opened with a translator that records what the
+// built file does not know.
+#include <QApplication>
+#include <QCalendarWidget>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMessageBox>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTextEdit>
+#include <QTimer>
+#include <QTranslator>
+
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <set>
+
+namespace {
+
+/// Keys, and key combinations of the file dialog, that stay as keyboards print them.
+bool isKeyLegend(const QString& context, const QString& source)
+{
+    return context == QLatin1String("QShortcut") || source.startsWith(QLatin1String("Alt+"));
+}
+
+class RecordingTranslator : public QTranslator
+{
+public:
+    QString translate(
+        const char* context, const char* source, const char* comment, int n) const override
+    {
+        const QString text = QTranslator::translate(context, source, comment, n);
+        if (text.isEmpty() && !isKeyLegend(QLatin1String(context), QString::fromUtf8(source))) {
+            unknown.insert(std::string(context) + ": " + source);
+        }
+        ++asked;
+        return text;
+    }
+
+    mutable std::set<std::string> unknown;
+    mutable int asked = 0;
+};
+
+class TranslationTest : public testing::Test
+{
+protected:
+    TranslationTest()
+    {
+        EXPECT_TRUE(translator.load(QStringLiteral(TRANSLATION_FILE)));
+        QCoreApplication::installTranslator(&translator);
+    }
+    ~TranslationTest() override
+    {
+        EXPECT_GT(translator.asked, 0);
+        EXPECT_THAT(translator.unknown, testing::IsEmpty());
+    }
+
+    RecordingTranslator translator;
+};
+
+} // namespace
+
+TEST_F(TranslationTest, FileDialogInAllItsForms)
+{
+    QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("page.pdf")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    for (const auto mode :
+        { QFileDialog::Directory, QFileDialog::ExistingFile, QFileDialog::AnyFile }) {
+        for (const auto accept : { QFileDialog::AcceptOpen, QFileDialog::AcceptSave }) {
+            QFileDialog dialog(nullptr, QStringLiteral("选择保存路径"), folder.path());
+            dialog.setOption(QFileDialog::DontUseNativeDialog);
+            dialog.setFileMode(mode);
+            dialog.setAcceptMode(accept);
+            dialog.setViewMode(QFileDialog::Detail);
+            dialog.show();
+            QCoreApplication::processEvents();
+        }
+    }
+    QFileDialog dialog(nullptr, QString(), folder.path());
+    dialog.setOption(QFileDialog::DontUseNativeDialog);
+    dialog.setFileMode(QFileDialog::Directory);
+    dialog.show();
+    EXPECT_TRUE(dialog.labelText(QFileDialog::Accept).startsWith(QStringLiteral("选择")));
+    EXPECT_EQ(dialog.labelText(QFileDialog::Reject), QStringLiteral("取消"));
+}
+
+TEST_F(TranslationTest, QuestionsOfTheFileDialog)
+{
+    QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("page.pdf")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    struct Case
+    {
+        QFileDialog::FileMode mode;
+        QFileDialog::AcceptMode accept;
+        const char *name, *part;
+    };
+    const Case cases[] = {
+        { QFileDialog::AnyFile, QFileDialog::AcceptSave, "page.pdf", "要替换它吗" },
+        { QFileDialog::ExistingFile, QFileDialog::AcceptOpen, "none.pdf", "找不到文件" },
+        { QFileDialog::Directory, QFileDialog::AcceptOpen, "none", "找不到文件夹" },
+    };
+    for (const Case& question : cases) {
+        SCOPED_TRACE(question.part);
+        QFileDialog dialog(nullptr, QString(), folder.path());
+        dialog.setOption(QFileDialog::DontUseNativeDialog);
+        dialog.setFileMode(question.mode);
+        dialog.setAcceptMode(question.accept);
+        dialog.show();
+        dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))
+            ->setText(QString::fromUtf8(question.name));
+        QString text;
+        QTimer answer;
+        QObject::connect(&answer, &QTimer::timeout, [&text] {
+            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+                text = box->text();
+                box->reject();
+            }
+        });
+        answer.start(10);
+        QMetaObject::invokeMethod(&dialog, "accept");
+        EXPECT_TRUE(text.contains(QString::fromUtf8(question.part))) << text.toStdString();
+    }
+}
+
+TEST_F(TranslationTest, MenusButtonsAndCalendar)
+{
+    QMessageBox box;
+    box.setStandardButtons(QMessageBox::Yes | QMessageBox::No | QMessageBox::Ok
+        | QMessageBox::Cancel | QMessageBox::Close | QMessageBox::Save | QMessageBox::Retry
+        | QMessageBox::RestoreDefaults);
+    box.show();
+    EXPECT_EQ(box.buttonText(QMessageBox::Cancel), QStringLiteral("取消"));
+    EXPECT_EQ(box.buttonText(QMessageBox::Ok), QStringLiteral("确定"));
+
+    QLineEdit line;
+    const std::unique_ptr<QMenu> lineMenu(line.createStandardContextMenu());
+    QTextEdit text;
+    const std::unique_ptr<QMenu> textMenu(text.createStandardContextMenu());
+    for (const QMenu* menu : { lineMenu.get(), textMenu.get() }) {
+        for (const QAction* action : menu->actions()) {
+            const QString caption = action->text().section(QLatin1Char('\t'), 0, 0);
+            EXPECT_TRUE(action->isSeparator() || caption.at(0).unicode() > 0x2fff)
+                << caption.toStdString();
+        }
+    }
+    QCalendarWidget calendar;
+    calendar.show();
+    QCoreApplication::processEvents();
+}
