@@ -52,11 +52,11 @@ void putRow(const Page& page, int y, std::uint8_t* out)
     }
 }
 
-class BmpEncoder : public PageEncoder
+class BmpEncoder : public PageEncoderBase
 {
-public:
-    Status encode(
-        const Page& page, const EncodeOptions& /*options*/, EncodedPage& out) const override
+protected:
+    Status encodeBytes(const Page& page, const EncodeOptions& /*options*/,
+        std::vector<std::uint8_t>& out) const override
     {
         const std::uint32_t colors = page.format == PixelFormat::kBlackWhite ? 2
             : page.format == PixelFormat::kGray                              ? 256
@@ -67,9 +67,9 @@ public:
         if (pixelBytes + start > std::numeric_limits<std::uint32_t>::max()) {
             return { kPageTooLarge, "BMP ends at 4 GiB" };
         }
-        out.bytes.assign(static_cast<std::size_t>(pixelBytes + start), 0);
+        out.assign(static_cast<std::size_t>(pixelBytes + start), 0);
 
-        LittleEndian header(out.bytes.data());
+        LittleEndian header(out.data());
         header.put16(0x4D42); // "BM"
         header.put32(static_cast<std::uint32_t>(pixelBytes + start));
         header.put32(0);
@@ -92,9 +92,8 @@ public:
         }
         for (int y = 0; y < page.height; ++y) {
             putRow(page, page.height - 1 - y,
-                out.bytes.data() + start + rowBytes * static_cast<std::size_t>(y));
+                out.data() + start + rowBytes * static_cast<std::size_t>(y));
         }
-        describe(page, out);
         return {};
     }
 };

@@ -19,8 +19,10 @@ std::unique_ptr<PageEncoder> makePngEncoder();
 /// One-page TIFF: CCITT group 4, else Deflate with horizontal differences. kPageTooLarge from 4
 /// GiB.
 std::unique_ptr<PageEncoder> makeTiffEncoder();
-/// Bare CCITT group 4 data for black-and-white (one strip, most significant bit first, ends with
-/// EOFB, black bits are ink), JPEG for the others.
+/// Bare CCITT group 4 data of a black-and-white page: one strip, most significant bit first, ends
+/// with EOFB.
+std::unique_ptr<PageEncoder> makeFaxEncoder();
+/// Bare CCITT group 4 data for black-and-white, JPEG for the others.
 std::unique_ptr<PageEncoder> makePdfEncoder();
 /// JPEG, and PNG for black-and-white.
 std::unique_ptr<PageEncoder> makeOfdEncoder();
@@ -35,10 +37,17 @@ std::unique_ptr<DocumentWriter> makePdfWriter();
 /// Each page goes into the file as it comes; what binds them together in finish().
 std::unique_ptr<DocumentWriter> makeOfdWriter();
 
-/// Geometry and identity of the page, for every encoder.
-void describe(const Page& page, EncodedPage& out);
+/// What all encoders have in common: geometry and identity of the page, and a missing block of
+/// memory that comes out as kNoMemory instead of flying on.
+class PageEncoderBase : public PageEncoder
+{
+public:
+    Status encode(const Page& page, const EncodeOptions& options, EncodedPage& out) const final;
 
-/// A page as bare CCITT group 4 data; kNoMemory, kPageTooLarge, kInternal.
-Status encodeFax(const Page& page, std::vector<std::uint8_t>& out);
+protected:
+    /// Fills `out` from empty.
+    virtual Status encodeBytes(
+        const Page& page, const EncodeOptions& options, std::vector<std::uint8_t>& out) const = 0;
+};
 
 } // namespace orva

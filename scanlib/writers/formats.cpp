@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <new>
 
 namespace orva {
 
@@ -35,7 +36,8 @@ const OutputFormat* findOutputFormat(FileFormat format)
     return found != kFormats.end() ? found : nullptr;
 }
 
-void describe(const Page& page, EncodedPage& out)
+Status PageEncoderBase::encode(
+    const Page& page, const EncodeOptions& options, EncodedPage& out) const
 {
     out.width = page.width;
     out.height = page.height;
@@ -46,6 +48,12 @@ void describe(const Page& page, EncodedPage& out)
     out.side = page.side;
     out.number = page.number;
     out.stream = page.stream;
+    out.bytes.clear();
+    try {
+        return encodeBytes(page, options, out.bytes);
+    } catch (const std::bad_alloc&) {
+        return { kNoMemory, "no memory for the encoded page" };
+    }
 }
 
 } // namespace orva

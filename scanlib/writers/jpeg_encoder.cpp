@@ -57,10 +57,11 @@ void setDensity(std::vector<std::uint8_t>& jpeg, double dpiX, double dpiY)
     put(kUnit + 3, dpiY);
 }
 
-class JpegEncoder : public PageEncoder
+class JpegEncoder : public PageEncoderBase
 {
-public:
-    Status encode(const Page& page, const EncodeOptions& options, EncodedPage& out) const override
+protected:
+    Status encodeBytes(const Page& page, const EncodeOptions& options,
+        std::vector<std::uint8_t>& out) const override
     {
         if (page.width > kMaxSide || page.height > kMaxSide) {
             return { kPageTooLarge, "JPEG ends at 65,500 pixels" };
@@ -89,9 +90,8 @@ public:
         if (failed != 0) {
             return { kInternal, std::string("JPEG: ") + tjGetErrorStr2(handle.get()) };
         }
-        out.bytes.assign(buffer.get(), buffer.get() + size);
-        setDensity(out.bytes, page.dpiX, page.dpiY);
-        describe(page, out);
+        out.assign(buffer.get(), buffer.get() + size);
+        setDensity(out, page.dpiX, page.dpiY);
         return {};
     }
 };

@@ -167,7 +167,11 @@ Status readPayload(const EncodedPage& page, std::vector<std::uint8_t>& out)
     if (source.get() < 0 || ::fstat(source.get(), &info) != 0) {
         return { kFileWrite, "cannot read " + page.file.string() + ": " + std::strerror(errno) };
     }
-    out.resize(static_cast<std::size_t>(info.st_size));
+    try {
+        out.resize(static_cast<std::size_t>(info.st_size));
+    } catch (const std::bad_alloc&) {
+        return { kNoMemory, "no memory for " + page.file.string() };
+    }
     std::size_t done = 0;
     while (done < out.size()) {
         const ssize_t got = ::read(source.get(), out.data() + done, out.size() - done);

@@ -278,11 +278,8 @@ class PdfEncoder : public PageEncoder
 public:
     Status encode(const Page& page, const EncodeOptions& options, EncodedPage& out) const override
     {
-        if (page.format != PixelFormat::kBlackWhite) {
-            return makeJpegEncoder()->encode(page, options, out);
-        }
-        describe(page, out);
-        return encodeFax(page, out.bytes);
+        const bool bits = page.format == PixelFormat::kBlackWhite;
+        return (bits ? makeFaxEncoder() : makeJpegEncoder())->encode(page, options, out);
     }
 };
 

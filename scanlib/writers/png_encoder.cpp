@@ -133,16 +133,16 @@ void filterRow(const Page& page, int y, std::uint8_t* out)
     }
 }
 
-class PngEncoder : public PageEncoder
+class PngEncoder : public PageEncoderBase
 {
-public:
-    Status encode(
-        const Page& page, const EncodeOptions& /*options*/, EncodedPage& out) const override
+protected:
+    Status encodeBytes(const Page& page, const EncodeOptions& /*options*/,
+        std::vector<std::uint8_t>& out) const override
     {
-        putHeader(page, out.bytes);
+        putHeader(page, out);
         // Black-and-white rows do repeat: there the search for strings pays.
         const bool bits = page.format == PixelFormat::kBlackWhite;
-        Deflate deflate(out.bytes, bits ? 6 : 1, bits ? Z_DEFAULT_STRATEGY : Z_RLE);
+        Deflate deflate(out, bits ? 6 : 1, bits ? Z_DEFAULT_STRATEGY : Z_RLE);
         std::vector<std::uint8_t> row(page.stride() + 1);
         for (int y = 0; y < page.height; ++y) {
             filterRow(page, y, row.data());
@@ -151,8 +151,7 @@ public:
                 return { kNoMemory, "PNG: no memory for the compressor" };
             }
         }
-        putChunk(out.bytes, "IEND", nullptr, 0);
-        describe(page, out);
+        putChunk(out, "IEND", nullptr, 0);
         return {};
     }
 };

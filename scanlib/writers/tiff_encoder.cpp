@@ -79,15 +79,38 @@ Status encodeTiff(const Page& page, std::vector<std::uint8_t>& out)
     return {};
 }
 
-class TiffEncoder : public PageEncoder
+class TiffEncoder : public PageEncoderBase
 {
-public:
-    Status encode(
-        const Page& page, const EncodeOptions& /*options*/, EncodedPage& out) const override
+protected:
+    Status encodeBytes(const Page& page, const EncodeOptions& /*options*/,
+        std::vector<std::uint8_t>& out) const override
     {
-        Status status = encodeTiff(page, out.bytes);
-        describe(page, out);
-        return status;
+        return encodeTiff(page, out);
+    }
+};
+
+class FaxEncoder : public PageEncoderBase
+{
+protected:
+    Status encodeBytes(const Page& page, const EncodeOptions& /*options*/,
+        std::vector<std::uint8_t>& out) const override
+    {
+        if (page.format != PixelFormat::kBlackWhite) {
+            return { kInternal, "group 4 is for black-and-white" };
+        }
+        std::vector<std::uint8_t> file;
+        if (Status status = encodeTiff(page, file); !status.ok()) {
+            return status;
+        }
+        TiffMemory memory(file);
+        const TiffHandle tiff = memory.open("r");
+        if (!tiff) {
+            return failed(memory);
+        }
+        out.resize(static_cast<std::size_t>(TIFFRawStripSize64(tiff.get(), 0)));
+        const auto size = static_cast<tmsize_t>(out.size());
+        return TIFFReadRawStrip(tiff.get(), 0, out.data(), size) == size ? Status {}
+                                                                         : failed(memory);
     }
 };
 
@@ -97,21 +120,9 @@ std::unique_ptr<PageEncoder> makeTiffEncoder()
 {
     return std::make_unique<TiffEncoder>();
 }
-
-Status encodeFax(const Page& page, std::vector<std::uint8_t>& out)
+std::unique_ptr<PageEncoder> makeFaxEncoder()
 {
-    std::vector<std::uint8_t> file;
-    if (Status status = encodeTiff(page, file); !status.ok()) {
-        return status;
-    }
-    TiffMemory memory(file);
-    const TiffHandle tiff = memory.open("r");
-    if (!tiff) {
-        return failed(memory);
-    }
-    out.resize(static_cast<std::size_t>(TIFFRawStripSize64(tiff.get(), 0)));
-    const auto size = static_cast<tmsize_t>(out.size());
-    return TIFFReadRawStrip(tiff.get(), 0, out.data(), size) == size ? Status {} : failed(memory);
+    return std::make_unique<FaxEncoder>();
 }
 
 } // namespace orva
