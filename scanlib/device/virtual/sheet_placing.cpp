@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 namespace orva {
@@ -163,15 +164,20 @@ int pixelsOf(double mm, double dpi)
 
 void placeSheet(Page& page, const ScanArea& area)
 {
+    const auto take = [&](Page placed) { // the pixels only; sheet, side and number stay
+        page.pixels = std::move(placed.pixels);
+        page.width = placed.width;
+        page.height = placed.height;
+    };
     const int width = pixelsOf(area.widthMm, area.dpiX);
     const int height = pixelsOf(area.heightMm, area.dpiY);
     if (!sameResolution(page.dpiX, area.dpiX) || !sameResolution(page.dpiY, area.dpiY)) {
-        page = resampled(page, width, height, area);
+        take(resampled(page, width, height, area));
     } else {
         const auto left = static_cast<int>(std::lround(area.leftMm / kMmPerInch * area.dpiX));
         const auto top = static_cast<int>(std::lround(area.topMm / kMmPerInch * area.dpiY));
         if (left != 0 || top != 0 || width != page.width || height != page.height) {
-            page = shifted(page, width, height, left, top);
+            take(shifted(page, width, height, left, top));
         }
     }
     page.dpiX = area.dpiX;

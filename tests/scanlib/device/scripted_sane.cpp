@@ -1,0 +1,248 @@
+#include "tests/scanlib/device/scripted_sane.h"
+
+#include <algorithm>
+#include <cstring>
+#include <stdexcept>
+
+namespace device_tests {
+
+namespace {
+
+ScriptedSane* g_script = nullptr;
+
+void record(const std::string& call)
+{
+    const std::lock_guard<std::mutex> lock(g_script->mutex);
+    g_script->calls.push_back(call);
+    g_script->threads.insert(std::this_thread::get_id());
+}
+
+SANE_Word wordOf(const ScriptOption& option, double value)
+{
+    return option.type == SANE_TYPE_FIXED ? SANE_FIX(value) : static_cast<SANE_Word>(value);
+}
+
+SANE_Status doInit(SANE_Int* version, SANE_Auth_Callback)
+{
+    record("init");
+    *version = SANE_VERSION_CODE(1, 0, 0);
+    return SANE_STATUS_GOOD;
+}
+
+SANE_Status doGetDevices(const SANE_Device*** list, SANE_Bool)
+{
+    record("get_devices");
+    if (g_script->searchSilent) {
+        std::unique_lock<std::mutex> lock(g_script->mutex);
+        g_script->changed.wait(lock, [] { return g_script->released; });
+    }
+    static std::vector<SANE_Device> devices;
+    static std::vector<const SANE_Device*> pointers;
+    devices.clear();
+    pointers.clear();
+    for (const ScriptedSane::Device& device : g_script->devices) {
+        devices.push_back({ device.name, device.vendor, device.model, device.type });
+    }
+    for (const SANE_Device& device : devices) {
+        pointers.push_back(&device);
+    }
+    pointers.push_back(nullptr);
+    *list = pointers.data();
+    return SANE_STATUS_GOOD;
+}
+
+SANE_Status doOpen(SANE_String_Const name, SANE_Handle* handle)
+{
+    record(std::string("open ") + name);
+    *handle = g_script;
+    const auto status = g_script->openStatus.find(name);
+    return status != g_script->openStatus.end() ? status->second : SANE_STATUS_GOOD;
+}
+
+void doClose(SANE_Handle)
+{
+    record("close");
+}
+
+const SANE_Option_Descriptor* doDescriptor(SANE_Handle, SANE_Int index)
+{
+    const ScriptOption& option = g_script->options.at(static_cast<std::size_t>(index) - 1);
+    auto descriptor = std::make_unique<SANE_Option_Descriptor>();
+    descriptor->name = option.name.c_str();
+    descriptor->title = descriptor->desc = "";
+    descriptor->type = option.type;
+    descriptor->unit = option.unit;
+    descriptor->size = option.type == SANE_TYPE_STRING ? 64 : sizeof(SANE_Word);
+    descriptor->cap = SANE_CAP_SOFT_DETECT | (option.settable ? SANE_CAP_SOFT_SELECT : 0);
+    descriptor->constraint_type = SANE_CONSTRAINT_NONE;
+    if (!option.texts.empty()) {
+        auto list = std::make_unique<std::vector<const char*>>();
+        for (const std::string& text : option.texts) {
+            list->push_back(text.c_str());
+        }
+        list->push_back(nullptr);
+        descriptor->constraint_type = SANE_CONSTRAINT_STRING_LIST;
+        descriptor->constraint.string_list = list->data();
+        g_script->textLists.push_back(std::move(list));
+    } else if (!option.numbers.empty()) {
+        auto list = std::make_unique<std::vector<SANE_Word>>();
+        list->push_back(static_cast<SANE_Word>(option.numbers.size()));
+        for (const int number : option.numbers) {
+            list->push_back(wordOf(option, number));
+        }
+        descriptor->constraint_type = SANE_CONSTRAINT_WORD_LIST;
+        descriptor->constraint.word_list = list->data();
+        g_script->wordLists.push_back(std::move(list));
+    } else if (option.max > option.min) {
+        auto range = std::make_unique<SANE_Range>();
+        range->min = wordOf(option, option.min);
+        range->max = wordOf(option, option.max);
+        range->quant = 0;
+        descriptor->constraint_type = SANE_CONSTRAINT_RANGE;
+        descriptor->constraint.range = range.get();
+        g_script->ranges.push_back(std::move(range));
+    }
+    g_script->descriptors.push_back(std::move(descriptor));
+    return g_script->descriptors.back().get();
+}
+
+SANE_Status doControl(SANE_Handle, SANE_Int index, SANE_Action action, void* value, SANE_Int* info)
+{
+    if (index == 0) {
+        record("count");
+        *static_cast<SANE_Int*>(value) = static_cast<SANE_Int>(g_script->options.size()) + 1;
+        return SANE_STATUS_GOOD;
+    }
+    ScriptOption& option = g_script->options.at(static_cast<std::size_t>(index) - 1);
+    if (action == SANE_ACTION_GET_VALUE) {
+        if (option.type == SANE_TYPE_STRING) {
+            std::strcpy(static_cast<char*>(value), option.text.c_str());
+        } else {
+            *static_cast<SANE_Word*>(value) = wordOf(option, option.value);
+        }
+        return SANE_STATUS_GOOD;
+    }
+    record("set " + option.name);
+    if (option.type == SANE_TYPE_STRING) {
+        option.text = static_cast<const char*>(value);
+        if (std::find(option.texts.begin(), option.texts.end(), option.text)
+            == option.texts.end()) {
+            return SANE_STATUS_INVAL;
+        }
+    } else if (option.type != SANE_TYPE_BUTTON) {
+        const SANE_Word word = *static_cast<const SANE_Word*>(value);
+        option.value = option.type == SANE_TYPE_FIXED ? SANE_UNFIX(word) : word;
+    }
+    if (info != nullptr) {
+        *info = option.info;
+    }
+    return SANE_STATUS_GOOD;
+}
+
+SANE_Status doGetParameters(SANE_Handle, SANE_Parameters* result)
+{
+    record("get_parameters");
+    *result = g_script->current.parameters;
+    return SANE_STATUS_GOOD;
+}
+
+SANE_Status doStart(SANE_Handle)
+{
+    record("start");
+    if (g_script->frames.empty()) {
+        return SANE_STATUS_NO_DOCS;
+    }
+    g_script->current = g_script->frames.front();
+    g_script->frames.pop_front();
+    g_script->nextRead = 0;
+    return g_script->current.start;
+}
+
+SANE_Status doRead(SANE_Handle, SANE_Byte* data, SANE_Int capacity, SANE_Int* length)
+{
+    record("read");
+    *length = 0;
+    if (g_script->nextRead >= g_script->current.reads.size()) {
+        return SANE_STATUS_EOF;
+    }
+    const ScriptRead& read = g_script->current.reads[g_script->nextRead++];
+    if (read.silent) {
+        std::unique_lock<std::mutex> lock(g_script->mutex);
+        g_script->changed.wait(lock,
+            [] { return g_script->released || (g_script->cancelWakes && g_script->cancelled); });
+        return SANE_STATUS_CANCELLED;
+    }
+    *length = static_cast<SANE_Int>(
+        std::min<std::size_t>(read.data.size(), static_cast<std::size_t>(capacity)));
+    std::memcpy(data, read.data.data(), static_cast<std::size_t>(*length));
+    return read.status;
+}
+
+void doCancel(SANE_Handle)
+{
+    const std::lock_guard<std::mutex> lock(g_script->mutex);
+    g_script->calls.push_back("cancel");
+    g_script->cancelled = true;
+    g_script->changed.notify_all();
+}
+
+} // namespace
+
+SANE_Parameters parameters(SANE_Frame format, int width, int lines, int depth, bool last)
+{
+    const int samples = width * (format == SANE_FRAME_RGB ? 3 : 1);
+    return { format, last ? SANE_TRUE : SANE_FALSE, (samples * depth + 7) / 8, width, lines,
+        depth };
+}
+
+ScriptFrame grayFrame(int width, int lines, char value)
+{
+    ScriptFrame frame;
+    frame.parameters = parameters(SANE_FRAME_GRAY, width, lines, 8);
+    const std::size_t bytes = static_cast<std::size_t>(width) * static_cast<std::size_t>(lines);
+    frame.reads.push_back({ SANE_STATUS_GOOD, std::string(bytes / 2 + 1, value) });
+    frame.reads.push_back({ SANE_STATUS_GOOD, std::string() });
+    frame.reads.push_back({ SANE_STATUS_GOOD, std::string(bytes - bytes / 2 - 1, value) });
+    return frame;
+}
+
+ScriptedSane::ScriptedSane()
+{
+    g_script = this;
+}
+
+ScriptedSane::~ScriptedSane()
+{
+    g_script = nullptr;
+}
+
+orva::SaneApi ScriptedSane::api()
+{
+    return { doInit, doGetDevices, doOpen, doClose, doDescriptor, doControl, doGetParameters,
+        doStart, doRead, doCancel };
+}
+
+ScriptOption& ScriptedSane::option(const std::string& name)
+{
+    for (ScriptOption& candidate : options) {
+        if (candidate.name == name) {
+            return candidate;
+        }
+    }
+    throw std::out_of_range(name);
+}
+
+int ScriptedSane::count(const std::string& call) const
+{
+    const std::lock_guard<std::mutex> lock(mutex);
+    return static_cast<int>(std::count(calls.begin(), calls.end(), call));
+}
+
+void ScriptedSane::releaseSilence()
+{
+    const std::lock_guard<std::mutex> lock(mutex);
+    released = true;
+    changed.notify_all();
+}
+
+} // namespace device_tests

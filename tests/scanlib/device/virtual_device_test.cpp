@@ -1,0 +1,455 @@
+// The virtual scanner as a scanner: feeding, both sides, faults, and what it remembers.
+#include "scanlib/device/virtual/scanner_state.h"
+#include "scanlib/device/virtual/virtual_driver.h"
+#include "tests/scanlib/device/image_files.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <thread>
+
+namespace {
+
+using namespace device_tests;
+using namespace std::chrono_literals;
+using orva::Page;
+using orva::ScannerState;
+using testing::ElementsAre;
+namespace fs = std::filesystem;
+
+constexpr std::size_t kFlatbed = 0;
+constexpr std::size_t kFeeder = 1;
+constexpr std::size_t kDuplex = 2;
+
+/// Sheets are 10 x 10 mm at 127 dpi, one grey each, so that a page tells which sheet it was.
+class VirtualScanner : public testing::Test
+{
+protected:
+    VirtualScanner()
+    {
+        m_paths.virtualScanner = m_folder.path() / "scanner";
+        m_paths.sampleSheets = m_folder.path() / "samples";
+        fs::create_directories(m_paths.sampleSheets);
+        m_device = open();
+    }
+
+    std::unique_ptr<orva::Device> open() const
+    {
+        const auto driver = orva::makeVirtualDriver(m_paths);
+        auto device = driver->create(driver->enumerate(1s).at(0));
+        EXPECT_EQ(device->open().code(), orva::kOk);
+        return device;
+    }
+
+    fs::path tray(const std::string& name) const { return m_paths.virtualScanner / "tray" / name; }
+    void put(const std::string& name, std::uint8_t gray) const
+    {
+        writePng(tray(name), plain(50, 50, gray, 127));
+    }
+    orva::StateStore store() const { return orva::StateStore(m_paths.virtualScanner); }
+    void arm(const std::function<void(orva::ScannerFaults&)>& change) const
+    {
+        ASSERT_EQ(
+            store().update([&](ScannerState& state) { change(state.faults); }).code(), orva::kOk);
+    }
+
+    orva::Status configure(std::size_t source, bool doubleFeed = false)
+    {
+        orva::AcquireSettings settings;
+        settings.source = source;
+        settings.area = { "card", 0, 0, 10, 10 };
+        settings.dpiX = settings.dpiY = 127;
+        settings.mode = orva::ColorMode::kGray;
+        settings.detectDoubleFeed = doubleFeed;
+        return m_device->configure(settings);
+    }
+
+    /// Grey of the first pixel of each page, negative codes as they are; ends with 1000 at the end
+    /// of feed.
+    std::vector<int> runJob(std::size_t source, bool doubleFeed = false)
+    {
+        std::vector<int> seen;
+        EXPECT_EQ(configure(source, doubleFeed).code(), orva::kOk);
+        for (;;) {
+            Page page;
+            bool end = false;
+            const orva::Status status = m_device->nextPage(page, end, m_token);
+            if (!status.ok() || end) {
+                seen.push_back(status.ok() ? 1000 : status.code());
+                break;
+            }
+            EXPECT_EQ(page.width, 50);
+            EXPECT_EQ(page.height, 50);
+            m_pages.push_back({ page.sheet, page.side });
+            seen.push_back(page.pixels.at(0));
+        }
+        m_device->endBatch();
+        return seen;
+    }
+
+    struct Origin
+    {
+        int sheet;
+        orva::Side side;
+        bool operator==(const Origin& other) const
+        {
+            return sheet == other.sheet && side == other.side;
+        }
+    };
+
+    TemporaryFolder m_folder;
+    orva::LibraryPaths m_paths;
+    std::unique_ptr<orva::Device> m_device;
+    orva::CancelToken m_token;
+    std::vector<Origin> m_pages;
+};
+
+TEST_F(VirtualScanner, IdentifiesItselfSoThatTheDeviceOptionsAreOn)
+{
+    const orva::DeviceIdentity& identity = m_device->identity();
+    EXPECT_NE(identity.name.find("Orvascan"), std::string::npos);
+    EXPECT_EQ(identity.name.find('/'), std::string::npos);
+    EXPECT_EQ(identity.serial.at(0), 'A');
+    EXPECT_EQ(identity.deviceClass, "AvH4");
+    EXPECT_LE(identity.vidPid.size(), 7U);
+}
+
+TEST_F(VirtualScanner, FeedsInNameOrderAndTheTrayIsEmptyAfterwards)
+{
+    put("b.png", 20);
+    put("a.png", 10);
+    put("c.png", 30);
+    EXPECT_THAT(runJob(kFeeder), ElementsAre(10, 20, 30, 1000));
+    EXPECT_THAT(m_pages,
+        ElementsAre(Origin { 1, orva::Side::kFront }, Origin { 2, orva::Side::kFront },
+            Origin { 3, orva::Side::kFront }));
+    EXPECT_FALSE(fs::exists(tray("a.png")));
+    EXPECT_TRUE(fs::exists(m_paths.virtualScanner / "fed" / "a.png"));
+    EXPECT_THAT(runJob(kFeeder), ElementsAre(orva::kNoPaper));
+}
+
+TEST_F(VirtualScanner, BothSidesOfASheetComeFrontFirstAndAnUnprintedBackIsWhite)
+{
+    put("1-back.png", 12);
+    put("1-front.png", 11);
+    put("2.png", 21);
+    EXPECT_THAT(runJob(kDuplex), ElementsAre(11, 12, 21, 255, 1000));
+    EXPECT_THAT(m_pages,
+        ElementsAre(Origin { 1, orva::Side::kFront }, Origin { 1, orva::Side::kBack },
+            Origin { 2, orva::Side::kFront }, Origin { 2, orva::Side::kBack }));
+    put("1-back.png", 12);
+    put("1-front.png", 11);
+    EXPECT_THAT(runJob(kFeeder), ElementsAre(11, 1000));
+    EXPECT_FALSE(fs::exists(tray("1-back.png")));
+}
+
+TEST_F(VirtualScanner, TheGlassHoldsOneSheetWhichStaysThere)
+{
+    put("a.png", 10);
+    put("b.png", 20);
+    EXPECT_THAT(runJob(kFlatbed), ElementsAre(10, 1000));
+    EXPECT_THAT(runJob(kFlatbed), ElementsAre(10, 1000));
+}
+
+TEST_F(VirtualScanner, PagesOfATiffAreSheetsAndAJobThatStopsGoesOnThere)
+{
+    writeTiff(tray("a.tif"),
+        { plain(50, 50, 1, 127), plain(50, 50, 2, 127), plain(50, 50, 3, 127) }, false);
+    arm([](auto& faults) { faults.jamSheet = 2; });
+    EXPECT_THAT(runJob(kFeeder), ElementsAre(1, orva::kPaperJam));
+    EXPECT_THAT(runJob(kFeeder), ElementsAre(2, 3, 1000));
+    EXPECT_FALSE(fs::exists(tray("a.tif")));
+}
+
+TEST_F(VirtualScanner, SamplesServeWhileTheTrayIsEmptyAndAreNeverUsedUp)
+{
+    writePng(m_paths.sampleSheets / "s.png", plain(50, 50, 77, 127));
+    bool paper = false;
+    ASSERT_EQ(m_device->hasPaper(paper).code(), orva::kOk);
+    EXPECT_TRUE(paper);
+    EXPECT_THAT(runJob(kFeeder), ElementsAre(77, 1000));
+    EXPECT_THAT(runJob(kFeeder), ElementsAre(77, 1000));
+    put("own.png", 5);
+    EXPECT_THAT(runJob(kFeeder), ElementsAre(5, 1000)); // a job does not go over to the samples
+    ASSERT_EQ(store().update([](ScannerState& state) { state.empty = true; }).code(), orva::kOk);
+    EXPECT_THAT(runJob(kFeeder), ElementsAre(orva::kNoPaper));
+    ASSERT_EQ(m_device->hasPaper(paper).code(), orva::kOk);
+    EXPECT_FALSE(paper);
+}
+
+TEST_F(VirtualScanner, PaperPutInWhileAJobRunsIsFed)
+{
+    put("a.png", 10);
+    ASSERT_EQ(configure(kFeeder).code(), orva::kOk);
+    Page page;
+    bool end = false;
+    ASSERT_EQ(m_device->nextPage(page, end, m_token).code(), orva::kOk);
+    put("b.png", 20);
+    ASSERT_EQ(m_device->nextPage(page, end, m_token).code(), orva::kOk);
+    EXPECT_FALSE(end);
+    EXPECT_EQ(page.pixels[0], 20);
+}
+
+TEST_F(VirtualScanner, ADamagedSheetEndsTheJobWithItsNameAndStaysInTheTray)
+{
+    put("a.png", 10);
+    writeText(tray("b.jpg"), "");
+    EXPECT_THAT(runJob(kFeeder), ElementsAre(10, orva::kDamagedPage));
+    EXPECT_TRUE(fs::exists(tray("b.jpg")));
+}
+
+TEST_F(VirtualScanner, FaultsComeAtTheirSheetAndLeaveTheRestOfThePaper)
+{
+    const auto refill = [&] {
+        put("a.png", 10);
+        put("b.png", 20);
+        put("c.png", 30);
+    };
+    refill();
+    arm([](auto& faults) { faults.jamSheet = 2; });
+    EXPECT_THAT(runJob(kFeeder), ElementsAre(10, orva::kPaperJam));
+    EXPECT_THAT(runJob(kFeeder), ElementsAre(20, 30, 1000)); // cleared by the jam itself
+
+    refill();
+    arm([](auto& faults) { faults.doubleFeedSheet = 3; });
+    EXPECT_THAT(runJob(kFeeder, true), ElementsAre(10, 20, orva::kDoubleFeed));
+    EXPECT_THAT(runJob(kFeeder, true), ElementsAre(30, 1000));
+
+    refill();
+    arm([](auto& faults) { faults.coverOpen = true; });
+    EXPECT_THAT(runJob(kFeeder), ElementsAre(orva::kCoverOpen));
+    arm([](auto& faults) { faults.coverOpen = false; });
+    EXPECT_THAT(runJob(kFeeder), ElementsAre(10, 20, 30, 1000));
+}
+
+TEST_F(VirtualScanner, UnpluggedDuringAJobItIsGoneUntilPluggedIn)
+{
+    put("a.png", 10);
+    put("b.png", 20);
+    arm([](auto& faults) { faults.unplugSheet = 2; });
+    EXPECT_THAT(runJob(kFeeder), ElementsAre(10, orva::kDeviceLost));
+    EXPECT_EQ(configure(kFeeder).code(), orva::kDeviceNotFound);
+    EXPECT_EQ(m_device->open().code(), orva::kDeviceNotFound);
+    EXPECT_TRUE(orva::makeVirtualDriver(m_paths)->enumerate(1s).empty());
+    arm([](auto& faults) { faults = {}; });
+    EXPECT_THAT(runJob(kFeeder), ElementsAre(20, 1000));
+}
+
+TEST_F(VirtualScanner, SlowFeedAndSilenceEndAtOnceWhenCancelled)
+{
+    for (const bool byToken : { true, false }) {
+        put("a.png", 10);
+        arm([&](auto& faults) {
+            faults = {};
+            (byToken ? faults.slowMs : faults.hangMs) = 60'000;
+            faults.hangSheet = byToken ? 0 : 1;
+        });
+        ASSERT_EQ(configure(kFeeder).code(), orva::kOk);
+        orva::CancelToken token;
+        std::thread canceller([&] {
+            std::this_thread::sleep_for(50ms);
+            byToken ? token.cancel() : m_device->requestCancel();
+        });
+        const auto start = std::chrono::steady_clock::now();
+        Page page;
+        bool end = false;
+        EXPECT_EQ(m_device->nextPage(page, end, token).code(), orva::kCancelled);
+        EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);
+        canceller.join();
+        m_device->endBatch();
+    }
+}
+
+TEST_F(VirtualScanner, SilenceIsBoundedAndASlowSideTakesItsTime)
+{
+    put("a.png", 10);
+    put("b.png", 20);
+    arm([](auto& faults) {
+        faults.slowMs = 60;
+        faults.hangSheet = 2;
+        faults.hangMs = 50;
+    });
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_THAT(runJob(kFeeder), ElementsAre(10, orva::kDeviceTimeout));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 110ms);
+}
+
+TEST_F(VirtualScanner, TimesOutliveTheProgramAndAreCheckedAgainstTheirRange)
+{
+    ASSERT_EQ(m_device->setTimes(45, -1).code(), orva::kOk);
+    ASSERT_EQ(m_device->setTimes(-1, 8).code(), orva::kOk);
+    ASSERT_EQ(m_device->setPrefeed(true, 1.5F).code(), orva::kOk);
+    EXPECT_EQ(m_device->setTimes(100000, -1).code(), orva::kValueOutOfRange);
+    EXPECT_EQ(m_device->setPrefeed(true, 9.0F).code(), orva::kValueOutOfRange);
+    m_device = open();
+    orva::DeviceTiming timing;
+    ASSERT_EQ(m_device->timing(timing).code(), orva::kOk);
+    EXPECT_EQ(timing.sleep.value, 45);
+    EXPECT_EQ(timing.autoOff.value, 8);
+    EXPECT_TRUE(timing.prefeedEnabled);
+    EXPECT_FLOAT_EQ(timing.prefeedSeconds, 1.5F);
+    ASSERT_EQ(m_device->setPrefeed(false, 0.0F).code(), orva::kOk);
+    ASSERT_EQ(m_device->timing(timing).code(), orva::kOk);
+    EXPECT_FALSE(timing.prefeedEnabled);
+}
+
+TEST_F(VirtualScanner, StateIsSharedBetweenUsersAndSurvivesNonsense)
+{
+    ASSERT_EQ(m_device->setTimes(45, -1).code(), orva::kOk);
+    const auto modeOf = [&](const char* name) {
+        struct stat facts
+        {
+        };
+        ::stat((m_paths.virtualScanner / name).c_str(), &facts);
+        return facts.st_mode & 0777U;
+    };
+    EXPECT_EQ(modeOf(""), 0777U);
+    EXPECT_EQ(modeOf("tray"), 0777U);
+    EXPECT_EQ(modeOf("state"), 0666U);
+    EXPECT_EQ(modeOf("lock"), 0666U);
+    writeText(m_paths.virtualScanner / "state",
+        "sleep_minutes 99999999999999999999\nauto_off_hours -7\nnonsense\n\xff\xfe\npress x\n"
+        "prefeed_seconds nan\nopen_page 5\n");
+    const ScannerState state = store().read();
+    EXPECT_EQ(state.sleepMinutes, 15);
+    EXPECT_EQ(state.autoOffHours, 0);
+    EXPECT_TRUE(state.presses.empty());
+    put("a.png", 10);
+    EXPECT_THAT(runJob(kFeeder), ElementsAre(10, 1000));
+}
+
+TEST_F(VirtualScanner, AnOldPressStartsNothing)
+{
+    ASSERT_EQ(store()
+                  .update([](ScannerState& state) {
+                      state.presses.push_back({ 1, orva::nowMs() - 60'000 });
+                      state.presses.push_back({ 2, orva::nowMs() });
+                  })
+                  .code(),
+        orva::kOk);
+    int value = -1;
+    ASSERT_EQ(m_device->pressedButton(value).code(), orva::kOk);
+    EXPECT_EQ(value, 2);
+    ASSERT_EQ(m_device->pressedButton(value).code(), orva::kOk);
+    EXPECT_EQ(value, 0);
+}
+
+TEST_F(VirtualScanner, SettingsOutsideTheSourceAreRefused)
+{
+    orva::AcquireSettings settings;
+    settings.source = kFlatbed;
+    settings.area = { "A3", 0, 0, 297, 420 };
+    EXPECT_EQ(m_device->configure(settings).code(), orva::kDeviceBadParameter);
+    settings.area = { "A4", 0, 0, 210, 297 };
+    settings.dpiX = 1;
+    EXPECT_EQ(m_device->configure(settings).code(), orva::kDeviceBadParameter);
+    settings.source = 9;
+    EXPECT_EQ(m_device->configure(settings).code(), orva::kIndexOutOfRange);
+}
+
+TEST_F(VirtualScanner, AutomaticPaperHasTheSizeOfTheSheet)
+{
+    put("a.png", 10); // 10 x 10 mm
+    orva::AcquireSettings settings;
+    settings.source = kFeeder;
+    settings.area = m_device->sources()[kFeeder].papers.back();
+    settings.dpiX = settings.dpiY = 254;
+    ASSERT_EQ(m_device->configure(settings).code(), orva::kOk);
+    Page page;
+    bool end = false;
+    ASSERT_EQ(m_device->nextPage(page, end, m_token).code(), orva::kOk);
+    EXPECT_EQ(page.width, 100);
+    EXPECT_EQ(page.format, orva::PixelFormat::kRgb);
+}
+
+/// The command in a process of its own.
+class VirtualScannerCommand : public VirtualScanner
+{
+protected:
+    int command(const std::string& arguments, std::string* output = nullptr) const
+    {
+        const std::string line = std::string(VIRTUAL_SCANNER_COMMAND) + " --folder '"
+            + m_paths.virtualScanner.string() + "' " + arguments + " 2>&1";
+        std::FILE* const pipe = ::popen(line.c_str(), "r");
+        std::array<char, 4096> buffer {};
+        std::string text;
+        while (const std::size_t count = std::fread(buffer.data(), 1, buffer.size(), pipe)) {
+            text.append(buffer.data(), count);
+        }
+        if (output != nullptr) {
+            *output = text;
+        }
+        return WEXITSTATUS(::pclose(pipe));
+    }
+    std::string source(const std::string& name, std::uint8_t gray) const
+    {
+        writePng(m_folder.path() / name, plain(50, 50, gray, 127));
+        return " '" + (m_folder.path() / name).string() + "'";
+    }
+};
+
+TEST_F(VirtualScannerCommand, LoadsInTheOrderGivenAndTakesOut)
+{
+    const std::string files =
+        source("z-front.png", 1) + source("z-back.png", 2) + source("a.png", 3);
+    ASSERT_EQ(command("load" + files), 0);
+    ASSERT_EQ(command("load" + source("0.png", 4)), 0);
+    EXPECT_THAT(runJob(kDuplex), ElementsAre(1, 2, 3, 255, 4, 255, 1000));
+    ASSERT_EQ(command("load --again"), 0);
+    EXPECT_THAT(runJob(kFeeder), ElementsAre(1, 3, 4, 1000));
+    ASSERT_EQ(command("load --again"), 0);
+    ASSERT_EQ(command("unload"), 0);
+    EXPECT_THAT(runJob(kFeeder), ElementsAre(orva::kNoPaper));
+    EXPECT_NE(command("load /no/such/file.png"), 0);
+    EXPECT_NE(command("press nothing"), 0);
+    EXPECT_NE(command("fault jam --sheet 0"), 0);
+}
+
+TEST_F(VirtualScannerCommand, PressesButtonsAndArmsFaults)
+{
+    for (const auto& [name, value] : std::vector<std::pair<const char*, int>> {
+             { "scan", 1 }, { "open", 2 }, { "window", 4 }, { "cancel", 8 } }) {
+        ASSERT_EQ(command(std::string("press ") + name), 0);
+        int pressed = 0;
+        ASSERT_EQ(m_device->pressedButton(pressed).code(), orva::kOk);
+        EXPECT_EQ(pressed, value);
+    }
+    put("a.png", 10);
+    put("b.png", 20);
+    ASSERT_EQ(command("fault jam --sheet 2"), 0);
+    std::string text;
+    ASSERT_EQ(command("status", &text), 0);
+    EXPECT_THAT(text, testing::HasSubstr("jam at sheet 2"));
+    EXPECT_THAT(runJob(kFeeder), ElementsAre(10, orva::kPaperJam));
+    ASSERT_EQ(command("fault unplugged"), 0);
+    EXPECT_EQ(m_device->open().code(), orva::kDeviceNotFound);
+    ASSERT_EQ(command("fault clear"), 0);
+    EXPECT_EQ(m_device->open().code(), orva::kOk);
+    ASSERT_EQ(command("status --json", &text), 0);
+    EXPECT_THAT(text, testing::StartsWith("{\"sheets\": 1, \"fed\": 1,"));
+}
+
+/// Each press and each change must survive: none is overwritten by the other process.
+TEST_F(VirtualScannerCommand, TwoProcessesAtOnceLoseNothing)
+{
+    constexpr int kPresses = 8;
+    std::thread other([&] {
+        for (int i = 0; i < kPresses; ++i) {
+            EXPECT_EQ(command("press scan"), 0);
+        }
+    });
+    for (int i = 0; i < 100; ++i) {
+        ASSERT_EQ(m_device->setTimes(1 + i, -1).code(), orva::kOk);
+    }
+    other.join();
+    EXPECT_EQ(store().read().sleepMinutes, 100);
+    EXPECT_EQ(store().read().presses.size(), static_cast<std::size_t>(kPresses));
+}
+
+} // namespace
