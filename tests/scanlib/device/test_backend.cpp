@@ -40,8 +40,8 @@ SANE_Status openAsWished(SANE_String_Const name, SANE_Handle* handle)
     g_starts = 0;
     if (status == SANE_STATUS_GOOD) {
         // the driver keeps its options when it is closed
-        for (const char* name : { "read-limit", "read-delay", "three-pass", "hand-scanner" }) {
-            setOption(*handle, name, "0");
+        for (const char* flag : { "read-limit", "read-delay", "three-pass", "hand-scanner" }) {
+            setOption(*handle, flag, "0");
         }
         setOption(*handle, "read-return-value", "Default");
         for (const auto& [option, value] : g_wishes.options) {
