@@ -6,6 +6,11 @@
 #include <QFileInfo>
 #include <QTextCodec>
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdio>
+
 namespace {
 
 constexpr qint64 kChunkBytes = 64 * 1024;
@@ -62,6 +67,62 @@ QString putAside(const QString& fileName)
     return {};
 }
 
+std::unique_ptr<QSettings> openIni(const QString& fileName)
+{
+    auto settings = std::make_unique<QSettings>(fileName, QSettings::IniFormat);
+    settings->setIniCodec("UTF-8");
+    return settings;
+}
+
+/// What was read back is what was meant: numbers and flags come back as text.
+bool sameValue(const QVariant& meant, const QVariant& read)
+{
+    if (meant.userType() == QMetaType::QByteArray) {
+        return meant.toByteArray() == read.toByteArray();
+    }
+    return meant == read || meant.toString() == read.toString();
+}
+
+bool sameContent(const QSettings& meant, const QSettings& read)
+{
+    const QStringList keys = meant.allKeys();
+    if (read.status() != QSettings::NoError || read.allKeys().size() != keys.size()) {
+        return false;
+    }
+    for (const QString& key : keys) {
+        if (!read.contains(key) || !sameValue(meant.value(key), read.value(key))) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// Waits until a file, or the entries of a folder, are on disk.
+bool flushed(const QString& path)
+{
+    const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) {
+        return false;
+    }
+    const bool done = ::fsync(descriptor) == 0;
+    ::close(descriptor);
+    return done;
+}
+
+bool renamed(const QString& from, const QString& to)
+{
+    return std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0;
+}
+
+QString stagingName(const QString& fileName)
+{
+    return fileName + QStringLiteral(".new");
+}
+QString checkName(const QString& fileName)
+{
+    return fileName + QStringLiteral(".check");
+}
+
 } // namespace
 
 backupSetting::backupSetting(const QString& fileName)
@@ -76,19 +137,20 @@ backupSetting::backupSetting(const QString& fileName)
             runLog("[func:%s]settings file %s is damaged and cannot be renamed; not used",
                 "backupSetting", fileName.toUtf8().constData());
             source = QStringLiteral("/dev/null/unused.ini");
+            m_refused = true;
         } else {
             runLog("[func:%s]settings file %s is damaged; kept as %s", "backupSetting",
                 fileName.toUtf8().constData(), m_damagedCopy.toUtf8().constData());
         }
     }
-    m_settings = std::make_unique<QSettings>(source, QSettings::IniFormat);
-    m_settings->setIniCodec("UTF-8");
+    m_settings = openIni(source);
 }
 
 backupSetting::backupSetting(QSettings::Format format, QSettings::Scope scope,
     const QString& organization, const QString& application, QObject* parent)
     : m_settings(std::make_unique<QSettings>(format, scope, organization, application, parent))
     , m_fileName(m_settings->fileName())
+    , m_isFile(false)
 {
 }
 
@@ -104,6 +166,7 @@ QString backupSetting::path() const
 
 void backupSetting::setValue(const QString& group, const QString& key, const QVariant& value)
 {
+    stage();
     m_settings->beginGroup(group);
     m_settings->setValue(key, value);
     m_settings->endGroup();
@@ -128,19 +191,76 @@ bool backupSetting::containts(const QString& group, const QString& key) const
 
 void backupSetting::remove(const QString& group, const QString& key)
 {
+    stage();
     m_settings->beginGroup(group);
     m_settings->remove(key);
     m_settings->endGroup();
 }
 
+/// Before the first change: goes over to a staging file with the same content, so that QSettings
+/// never writes the real one. It takes a write cut short by a full disk for a success.
+void backupSetting::stage()
+{
+    if (!m_isFile || m_staged) {
+        return;
+    }
+    m_staged = true;
+    if (m_refused) {
+        return;
+    }
+    QFile::remove(stagingName(m_fileName)); // left by a crash
+    auto staging = openIni(stagingName(m_fileName));
+    for (const QString& key : m_settings->allKeys()) {
+        staging->setValue(key, m_settings->value(key));
+    }
+    m_settings = std::move(staging);
+}
+
+/// Writes the staging file, reads it back under another name (a store of the same name would answer
+/// from memory), flushes it and puts it into the place of the real one.
+bool backupSetting::commit()
+{
+    if (m_refused) {
+        return false;
+    }
+    m_settings->sync();
+    if (m_settings->status() != QSettings::NoError) {
+        return false;
+    }
+    const QString check = checkName(m_fileName);
+    bool whole = renamed(stagingName(m_fileName), check);
+    if (whole) {
+        whole = sameContent(*m_settings, *openIni(check)) && flushed(check)
+            && renamed(check, m_fileName);
+        QFile::remove(check);
+    }
+    return whole;
+}
+
 bool backupSetting::sync()
 {
-    // QSettings writes a file beside the old one, flushes it to disk and renames it.
-    m_settings->sync();
-    if (m_settings->status() == QSettings::NoError) {
+    if (m_isFile && !m_staged) {
         return true;
     }
-    runLog("[func:%s]settings file %s cannot be written", "backupSetting",
-        m_fileName.toUtf8().constData());
-    return false;
+    bool written = false;
+    if (m_isFile) {
+        written = commit();
+        QFile::remove(stagingName(m_fileName));
+        if (written) {
+            static_cast<void>(flushed(QFileInfo(m_fileName).path()));
+            m_settings = openIni(m_fileName);
+            m_staged = false;
+        } else {
+            m_refused =
+                true; // the staging file is gone: a second try would hold later changes only
+        }
+    } else {
+        m_settings->sync();
+        written = m_settings->status() == QSettings::NoError;
+    }
+    if (!written) {
+        runLog("[func:%s]settings file %s cannot be written", "backupSetting",
+            m_fileName.toUtf8().constData());
+    }
+    return written;
 }

@@ -10,7 +10,7 @@
 
 /// Lives for one read or one write; one thread. Texts are stored as UTF-8; files with Qt's escapes
 /// (\x4e2d) are read as well. The file is replaced as a whole by sync() and the destructor: a crash
-/// or a full disk leaves the old one (written beside it, flushed, renamed).
+/// or a full disk leaves the old one (written beside it, read back, flushed, renamed).
 class backupSetting
 {
 public:
@@ -33,7 +33,8 @@ public:
     /// The name is the interface's own.
     [[nodiscard]] bool containts(const QString& group, const QString& key) const;
     void remove(const QString& group, const QString& key);
-    /// Flushes; false, and a line in the run log, when the file could not be written.
+    /// Flushes; false, and a line in the run log, when the file could not be
+    /// written; the store then writes nothing any more.
     bool sync();
 
     /// Where a damaged file was put; empty when the file was sound or missing.
@@ -43,7 +44,13 @@ public:
     static constexpr qint64 kMaxBytes = 50LL * 1024 * 1024;
 
 private:
-    std::unique_ptr<QSettings> m_settings;
+    void stage();
+    bool commit();
+
+    std::unique_ptr<QSettings> m_settings; ///< on the file, or on the staging file once changed
     QString m_fileName;
+    bool m_isFile = true; ///< false for a native store
+    bool m_refused = false; ///< nothing is written (any more): see the constructor and sync()
+    bool m_staged = false;
     QString m_damagedCopy;
 };

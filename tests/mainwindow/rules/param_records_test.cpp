@@ -1,0 +1,309 @@
+// What a setting becomes on its way into the library's records, and the lines that tell it.
+#include "mainwindow/rules/file_param.h"
+#include "mainwindow/rules/image_param.h"
+#include "mainwindow/rules/param_codes.h"
+#include "mainwindow/rules/preview_summary.h"
+#include "mainwindow/rules/tone_values.h"
+
+#include <QString>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <vector>
+
+using namespace rules;
+using testing::ElementsAre;
+
+namespace {
+
+std::vector<int> codesOf(int (*code)(const QString&), const std::vector<const char*>& texts)
+{
+    std::vector<int> codes;
+    for (const char* text : texts) {
+        codes.push_back(code(QString::fromUtf8(text)));
+    }
+    return codes;
+}
+
+ImageControls busyControls()
+{
+    ImageControls c;
+    c.colorMode = "彩色";
+    c.autoLevel = c.autoCrop = true;
+    c.brightness = -7;
+    c.contrast = 38;
+    c.threshold = 128;
+    c.gamma = 1.1;
+    c.rotation = "右旋90度";
+    c.dropout = "蓝色";
+    c.merge = "左右合并";
+    c.denoiseIndex = 2;
+    c.textOrientation = true;
+    c.textOrientationMode = "复杂识别";
+    c.removeBlank = true;
+    c.blankThreshold = 55;
+    c.deviceOption = true;
+    return c;
+}
+
+FileControls serialControls(const char* start, int digits)
+{
+    FileControls c;
+    c.timeNamed = false;
+    c.serialNamed = true;
+    c.serialStart = start;
+    c.serialDigits = digits;
+    c.separator = "-";
+    c.fileType = "pdf";
+    c.singlePage = false;
+    c.multiPage = true;
+    return c;
+}
+
+/// Every byte that no field owns, in a record that held other things before.
+template <typename Record>
+std::vector<int> bytesAt(const Record& record, std::vector<int> offsets)
+{
+    unsigned char raw[sizeof(Record)];
+    std::memcpy(raw, &record, sizeof(Record));
+    std::vector<int> values;
+    for (const int offset : offsets) {
+        values.push_back(raw[offset]);
+    }
+    return values;
+}
+
+} // namespace
+
+TEST(ParamCodes, TextsGiveTheLibrarysNumbersAndUnknownOnesTheNeutralCode)
+{
+    EXPECT_THAT(codesOf(colorModeCode, { "彩色", "灰度", "黑白", "多流输出", "黑白 ", "" }),
+        ElementsAre(0, 1, 2, 3, 0, 0));
+    EXPECT_THAT(codesOf(fileFormatCode,
+                    { "jpg", "bmp", "png", "tif", "pdf", "双层pdf", "ofd", "双层ofd", "txt", "rtf",
+                        "xls", "PDF", "gif" }),
+        ElementsAre(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 0, 0));
+    EXPECT_THAT(codesOf(rotateCode, { "不旋转", "左旋90度", "右旋90度", "旋转180度", "45" }),
+        ElementsAre(0, 1, 2, 3, 0));
+    EXPECT_THAT(codesOf(dropoutCode, { "无操作", "红色", "绿色", "蓝色", "黄色" }),
+        ElementsAre(0, 1, 2, 3, 0));
+    const std::vector<const char*> merge { "无操作", "上下拆分", "左右拆分", "上下合并", "左右合并",
+        "?" };
+    EXPECT_THAT(codesOf(splitCode, merge), ElementsAre(0, 1, 2, 0, 0, 0));
+    EXPECT_THAT(codesOf(mergeCode, merge), ElementsAre(0, 0, 0, 1, 2, 0));
+    EXPECT_THAT(codesOf(timeNameTypeCode, { "年月日", "月日年", "日月年", "日年月", "" }),
+        ElementsAre(0, 1, 2, -1, -1));
+}
+
+TEST(ParamCodes, ModesThatHangOnASecondControl)
+{
+    EXPECT_EQ(textModeCode(true, "快速识别"), 1);
+    EXPECT_EQ(textModeCode(true, "复杂识别"), 3);
+    EXPECT_EQ(textModeCode(true, "别的"), 0);
+    EXPECT_EQ(textModeCode(false, "全文识别"), 0);
+    std::vector<int> denoise;
+    for (int index = -1; index <= 3; ++index) {
+        denoise.push_back(denoiseCode(index));
+    }
+    EXPECT_THAT(denoise, ElementsAre(0, 0, 3, 4, 0));
+    EXPECT_EQ(timeNamedCode(false, false), 1);
+    EXPECT_EQ(timeNamedCode(false, true), 0);
+    EXPECT_EQ(multiPageCode(true, true), 0);
+    EXPECT_EQ(multiPageCode(false, true), 1);
+    EXPECT_EQ(multiPageCode(false, false), 0);
+}
+
+TEST(ImageRecord, ColourSendsTheTonesAndNoThreshold)
+{
+    ImageParam p;
+    std::memset(&p, 0xA5, sizeof(p));
+    fillImageParam(busyControls(), &p);
+    EXPECT_EQ(p.nBrightness, -7);
+    EXPECT_EQ(p.nContrast, 38);
+    EXPECT_EQ(p.nThresold, 0);
+    EXPECT_FLOAT_EQ(p.nGamma, 1.1F);
+    EXPECT_EQ(p.nRotateAngle, 2);
+    EXPECT_EQ(p.nColorDropout, 3);
+    EXPECT_EQ(p.nSplit, 0);
+    EXPECT_EQ(p.nMerge, 2);
+    EXPECT_EQ(p.nDenoise, 4);
+    EXPECT_EQ(p.nAutoTextMode, 3);
+    EXPECT_EQ(p.nBlankThresoldValue, 55);
+    EXPECT_EQ(p.bDeviceOption, 1);
+    EXPECT_EQ(p.bMultiFeed, 0);
+    EXPECT_THAT(bytesAt(p, { 2, 3, 29, 30, 31, 49, 50, 51, 59, 65, 66, 67 }), testing::Each(0));
+}
+
+TEST(ImageRecord, AnyModeThatHoldsBlackWhiteSendsTheThresholdAlone)
+{
+    for (const char* mode : { "黑白", "黑白(误差扩散)" }) {
+        ImageControls c = busyControls();
+        c.colorMode = mode;
+        ImageParam p;
+        fillImageParam(c, &p);
+        EXPECT_EQ(p.nThresold, 128) << mode;
+        EXPECT_EQ(p.nBrightness, 0) << mode;
+        EXPECT_EQ(p.nContrast, 0) << mode;
+        EXPECT_EQ(p.nGamma, 0.0F) << mode;
+    }
+}
+
+TEST(FileRecord, SerialStartIsPaddedAndTheDateOrderIsNotWritten)
+{
+    FileParam p;
+    std::memset(&p, 0xA5, sizeof(p));
+    ASSERT_EQ(fillFileParam(serialControls("7", 4), false, &p), FileParamFault::kNone);
+    EXPECT_STREQ(p.szIndex, "0007");
+    EXPECT_EQ(p.nTimeNamedType, 0);
+    EXPECT_EQ(p.bTimeNamed, 0);
+    EXPECT_STREQ(p.szSeparator, "-");
+    EXPECT_EQ(p.nFormatIndex, 4);
+    EXPECT_EQ(p.nMultiPage, 1);
+    EXPECT_THAT(bytesAt(p, { 0, 255, 256, 275, 280, 282, 283, 293, 298, 299 }), testing::Each(0));
+    ASSERT_EQ(fillFileParam(serialControls("12", 1), false, &p), FileParamFault::kNone);
+    EXPECT_STREQ(p.szIndex, "12");
+}
+
+TEST(FileRecord, TimeNamingSendsTheOrderAndNoSerial)
+{
+    FileControls c = serialControls("7", 4);
+    c.timeNamed = true;
+    c.serialNamed = false;
+    c.dateOrder = "日月年";
+    c.separator = "无";
+    FileParam p;
+    ASSERT_EQ(fillFileParam(c, false, &p), FileParamFault::kNone);
+    EXPECT_EQ(p.nTimeNamedType, 2);
+    EXPECT_STREQ(p.szIndex, "");
+    EXPECT_STREQ(p.szSeparator, "");
+    c.dateOrder = "其他";
+    ASSERT_EQ(fillFileParam(c, false, &p), FileParamFault::kNone);
+    EXPECT_EQ(p.nTimeNamedType, -1);
+}
+
+TEST(FileRecord, APreviewIsASinglePageJpgWhateverIsChosen)
+{
+    FileParam p;
+    ASSERT_EQ(fillFileParam(serialControls("1", 3), true, &p), FileParamFault::kNone);
+    EXPECT_EQ(p.nFormatIndex, 0);
+    EXPECT_EQ(p.nMultiPage, 0);
+}
+
+TEST(FileRecord, LongestTextsFitAndOneByteMoreIsRefusedWithANotice)
+{
+    struct Case
+    {
+        QString prefix, separator, serial;
+        FileParamFault fault;
+    };
+    const std::vector<Case> cases {
+        { QString(19, 'a'), "----", "9999999999", FileParamFault::kNone },
+        { QString(20, 'a'), "-", "1", FileParamFault::kPrefixRefused },
+        { "扫描扫描扫描扫", "-", "1", FileParamFault::kPrefixRefused }, // 21 bytes in 7 characters
+        { "../a", "-", "1", FileParamFault::kPrefixRefused },
+        { QString("a") + QChar(0) + "b", "-", "1", FileParamFault::kPrefixRefused },
+        { "a", "-----", "1", FileParamFault::kSeparatorRefused },
+        { "a", "/", "1", FileParamFault::kSeparatorRefused },
+        { "a", "-", "10000000000", FileParamFault::kSerialRefused },
+        { "a", "-", "1\n", FileParamFault::kSerialRefused },
+    };
+    for (const Case& c : cases) {
+        FileControls controls = serialControls("", 1);
+        controls.prefix = c.prefix;
+        controls.separator = c.separator;
+        controls.serialStart = c.serial;
+        FileParam p;
+        EXPECT_EQ(fillFileParam(controls, false, &p), c.fault) << c.prefix.toStdString();
+        EXPECT_EQ(faultNotice(c.fault).text.isEmpty(), c.fault == FileParamFault::kNone);
+        if (c.fault != FileParamFault::kNone) {
+            EXPECT_EQ(p.nFormatIndex, 0) << "nothing of a refused record may be sent";
+        }
+    }
+}
+
+TEST(FileRecord, AFolderOf255BytesFitsAndAnotherByteLeavesTheRecordAlone)
+{
+    FileParam p {};
+    EXPECT_EQ(setFolder(QString(85, QChar(0x626B)), &p), FileParamFault::kNone); // 3 bytes each
+    EXPECT_EQ(std::strlen(p.szFilePath), 255U);
+    EXPECT_EQ(setFolder("/" + QString(85, QChar(0x626B)), &p), FileParamFault::kFolderTooLong);
+    EXPECT_EQ(std::strlen(p.szFilePath), 255U);
+    EXPECT_EQ(faultNotice(FileParamFault::kFolderTooLong).title, "路径异常");
+}
+
+TEST(SentParameters, LinesInTheirOrderAndWording)
+{
+    ImageParam image;
+    fillImageParam(busyControls(), &image);
+    FileParam file;
+    FileControls controls = serialControls("7", 3);
+    controls.prefix = "doc";
+    ASSERT_EQ(fillFileParam(controls, false, &file), FileParamFault::kNone);
+    ASSERT_EQ(setFolder("/data/扫描 文件", &file), FileParamFault::kNone);
+    EXPECT_THAT(sentParameterLines(0, 2, image, file),
+        ElementsAre("# SDK SET color_mode = 0 #", "# SDK SET JPGQulity = 2 #",
+            "# SDK SET bAutoCropDeskew = 1 #", "# SDK SET bAutoLevel = 1 #",
+            "# SDK SET nContrast = 38 #", "# SDK SET nThresold = 0 #",
+            "# SDK SET nBrightness = -7 #", "# SDK SET nGamma = 1.100000 #",
+            "# SDK SET m_fileName.bTimeNamed = 0 #", "# SDK SET m_fileName.nTimeNamedType = 0 #",
+            "# SDK SET m_fileName.szIndex = 007 #", "# SDK SET m_fileName.bSameNameCover = 1 #",
+            "# SDK SET m_fileName.nFormatIndex = 4 #", "# SDK SET m_fileName.szFileName = doc #",
+            "# SDK SET m_fileName.szSeparator = - #", "# SDK SET m_fileName.nMultiPage = 1 #",
+            "# SDK SET m_fileName.szFilePath = /data/扫描 文件 #"));
+    EXPECT_EQ(blankPageLine(image), "bRemoveBlank=1,nBlankThresoldValue=55\n");
+}
+
+TEST(ToneValues, ARowOfADocumentTypeTruncatesTheSlider)
+{
+    const std::vector<stFileTypeParam> rows { { 0, 0, 0, 1, 2, 3, 11 }, { 0, 0, 0, 4, 5, 6, 29 } };
+    const ToneValues tone = toneOfRow(rows[0]);
+    EXPECT_DOUBLE_EQ(tone.gamma, 1.1);
+    EXPECT_EQ(tone.gammaSlider, 1);
+    EXPECT_EQ(toneOfRow(rows[1]).gammaSlider, 2);
+    EXPECT_EQ(toneRow(0, rows, 1), &rows[1]);
+    EXPECT_EQ(toneRow(0, rows, 2), nullptr);
+    EXPECT_EQ(toneRow(0, rows, -1), nullptr);
+    EXPECT_EQ(toneRow(-404, rows, 0), nullptr);
+}
+
+TEST(ToneValues, TheGammaCouplingComesBackToEverySliderPosition)
+{
+    for (int slider = 1; slider <= 50; ++slider) {
+        EXPECT_EQ(sliderOfGamma(gammaOfSlider(slider)), slider);
+    }
+}
+
+TEST(PreviewSummary, AutomaticLevelsSwapTheCaptions)
+{
+    SummaryControls c;
+    c.autoLevel = true;
+    const PreviewSummary s = previewSummary(c);
+    EXPECT_EQ(s.constraVL, "对比度数值:自动");
+    EXPECT_EQ(s.threholdValueVL, "对比度数值:自动");
+    EXPECT_EQ(s.brightValueVL, "阈值数值:自动");
+    EXPECT_EQ(s.gammaValueVL, "GAMMA数值:自动");
+    EXPECT_EQ(s.autoLevelVL, "自动色阶: 开");
+}
+
+TEST(PreviewSummary, ManualValuesStandUnderTheirOwnCaptions)
+{
+    SummaryControls c;
+    c.timeNamed = false;
+    c.coverSameName = false;
+    c.prefix = "doc";
+    c.brightness = 18;
+    c.contrast = 38;
+    c.threshold = 128;
+    c.gamma = 1.1;
+    const PreviewSummary s = previewSummary(c);
+    EXPECT_EQ(s.constraVL, "对比度数值:38");
+    EXPECT_EQ(s.threholdValueVL, "阈值数值:128");
+    EXPECT_EQ(s.brightValueVL, "亮度数值:18");
+    EXPECT_EQ(s.gammaValueVL, "GAMMA数值:1.1");
+    EXPECT_EQ(s.fileNameVL, "文件命名方式:顺序");
+    EXPECT_EQ(s.fileSameCoverVL, "文件同名覆盖:否");
+    EXPECT_EQ(s.filePreSwitchVL, "文件命名前缀:doc");
+    EXPECT_EQ(s.autoCropVL, "自动裁切: 关");
+}
