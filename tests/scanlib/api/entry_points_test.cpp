@@ -1,0 +1,211 @@
+// The library as a program loads it: arguments are checked, and a job of the virtual scanner runs
+// from the entry points to the files.
+#include "scanlib/base/library_paths.h"
+#include "sdk/codes.h"
+#include "sdk/records.h"
+#include "sdk/result_codes.h"
+#include "tests/scanlib/temporary_folder.h"
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstring>
+#include <limits>
+#include <map>
+#include <mutex>
+#include <string>
+#include <vector>
+
+using namespace orva;
+
+namespace {
+
+/// One member per entry point, by its symbol.
+struct Library
+{
+#define ORVA_ENTRY(number, operation, symbol, required, parameters, arguments)                     \
+    int(*symbol) parameters = nullptr;
+#include "sdk/entry_points.def"
+
+    Library()
+    {
+        handle = dlopen(ORVA_LIBRARY_FILE, RTLD_NOW | RTLD_LOCAL);
+        EXPECT_NE(handle, nullptr) << dlerror();
+#define ORVA_ENTRY(number, operation, symbol, required, parameters, arguments)                     \
+    symbol = reinterpret_cast<int(*) parameters>(dlsym(handle, #symbol));
+#include "sdk/entry_points.def"
+    }
+    void* handle = nullptr;
+};
+
+std::mutex g_mutex;
+std::vector<int> g_states;
+std::vector<std::string> g_files;
+std::vector<int> g_errors;
+
+void onState(int state, int /*page*/, std::string file)
+{
+    const std::lock_guard<std::mutex> lock(g_mutex);
+    g_states.push_back(state);
+    if (!file.empty()) {
+        g_files.push_back(std::move(file));
+    }
+}
+
+int onError(int code)
+{
+    const std::lock_guard<std::mutex> lock(g_mutex);
+    g_errors.push_back(code);
+    return 0;
+}
+
+class EntryPoints : public ::testing::Test
+{
+protected:
+    EntryPoints()
+    {
+        g_states.clear();
+        g_files.clear();
+        g_errors.clear();
+        // No drivers of real scanners: they would search the network.
+        writeFile(saneConfig.path() / "dll.conf", "");
+        setenv("SANE_CONFIG_DIR", saneConfig.path().c_str(), 1);
+        const LibraryPaths paths = installedLibraryPaths();
+        std::filesystem::remove_all(paths.virtualScanner);
+        std::filesystem::create_directories(paths.virtualScanner / "tray");
+        EXPECT_EQ(library.Init(), kOk);
+    }
+    ~EntryPoints() override { EXPECT_EQ(library.UnInit(), kOk); }
+
+    bool selectVirtual()
+    {
+        const int count = library.GetScannerCount();
+        for (int i = 0; i < count; ++i) {
+            char cls[64] = "";
+            if (library.SelectScanner(i) == kOk && library.GetScannerClass(cls) == kOk
+                && std::strcmp(cls, "AvH4") == 0) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    TemporaryFolder saneConfig;
+    Library library;
+};
+
+/// Two sheets in the tray: small grey pictures in the PGM format.
+void loadTray()
+{
+    for (const char* name : { "sheet-1.pgm", "sheet-2.pgm" }) {
+        std::string picture = "P5\n200 300\n255\n";
+        for (int i = 0; i < 200 * 300; ++i) {
+            picture += static_cast<char>(i / 600 % 2 == 0 ? 0xFF : 0x20);
+        }
+        writeFile(installedLibraryPaths().virtualScanner / "tray" / name, picture);
+    }
+}
+
+} // namespace
+
+TEST_F(EntryPoints, nullPointersAndSizesAreRefused)
+{
+    ASSERT_TRUE(selectVirtual());
+    char text[8] = "";
+    EXPECT_EQ(library.GetCurScannerName(nullptr), kBadArgument);
+    EXPECT_EQ(library.GetScannerName(0, nullptr), kBadArgument);
+    EXPECT_EQ(library.GetScannerSN(nullptr, 64), kBadArgument);
+    EXPECT_EQ(library.GetScannerSN(text, 0), kBadArgument);
+    EXPECT_EQ(library.GetScannerSN(text, -1), kBadArgument);
+    EXPECT_EQ(library.GetScannerVersion(text, 8, nullptr, 16), kBadArgument);
+    EXPECT_EQ(library.GetPaperName(0, nullptr), kBadArgument);
+    EXPECT_EQ(library.GetResolutionName(0, nullptr), kBadArgument);
+    EXPECT_EQ(library.GetPrefeed(nullptr), kBadArgument);
+    EXPECT_EQ(library.GetPageParameters(nullptr), kBadArgument);
+    EXPECT_EQ(library.UpLoad(0, nullptr), kBadArgument);
+    EXPECT_EQ(library.GetDevInfo(nullptr, 1024), kBadArgument);
+    EXPECT_EQ(library.GetDevInfo(text, 8), kBadArgument) << "half a text is of no use";
+    EXPECT_EQ(library.SetLogInfo(true, nullptr), kBadArgument);
+}
+
+TEST_F(EntryPoints, indicesAreCheckedEverywhere)
+{
+    ASSERT_TRUE(selectVirtual());
+    char name[256] = "";
+    double d = 0;
+    int x = 0;
+    for (const int index :
+        { -1, 1000, std::numeric_limits<int>::max(), std::numeric_limits<int>::min() }) {
+        EXPECT_EQ(library.GetScannerName(index, name), kIndexOutOfRange);
+        EXPECT_EQ(library.SelectScanner(index), kIndexOutOfRange);
+        EXPECT_EQ(library.GetScanSourceName(index, name), kIndexOutOfRange);
+        EXPECT_EQ(library.SetScanSource(index), kIndexOutOfRange);
+        EXPECT_EQ(library.GetPaperName(index, name), kIndexOutOfRange);
+        EXPECT_EQ(library.GetPaperSize(index, d, d, d, d), kIndexOutOfRange);
+        EXPECT_EQ(library.GetResolutionName(index, name), kIndexOutOfRange);
+        EXPECT_EQ(library.GetResolution(index, x, x), kIndexOutOfRange);
+    }
+}
+
+TEST_F(EntryPoints, theVirtualScannerIsDescribed)
+{
+    ASSERT_TRUE(selectVirtual());
+    char serial[64] = "";
+    EXPECT_EQ(library.GetScannerSN(serial, 64), kOk);
+    EXPECT_EQ(serial[0], 'A');
+    char shortSerial[4] = "###";
+    EXPECT_EQ(library.GetScannerSN(shortSerial, 3), kOk);
+    EXPECT_EQ(std::string(shortSerial), std::string(serial).substr(0, 2));
+    std::vector<std::string> sources;
+    for (int i = 0; i < library.GetScanSourceCount(); ++i) {
+        char name[64] = "";
+        EXPECT_EQ(library.GetScanSourceName(i, name), kOk);
+        sources.emplace_back(name);
+    }
+    EXPECT_EQ(sources, (std::vector<std::string> { "平板", "ADF单面", "ADF双面" }));
+    char json[1024] = "";
+    EXPECT_EQ(library.GetDevInfo(json, sizeof(json)), kOk);
+    EXPECT_NE(std::string(json).find("\"IsHigh\""), std::string::npos);
+    std::vector<stFileTypeParam> rows;
+    EXPECT_EQ(library.GetImageParam(rows), kOk);
+    ASSERT_EQ(rows.size(), 3U);
+    EXPECT_EQ(rows[0].nDefBrightness, 18);
+    EXPECT_EQ(rows[0].nDefContrast, 38);
+    EXPECT_EQ(rows[0].nDefThreshold, 128);
+    EXPECT_EQ(rows[0].nDefGamma10, 11);
+}
+
+TEST_F(EntryPoints, aJobBecomesFiles)
+{
+    const TemporaryFolder output;
+    loadTray();
+    ASSERT_TRUE(selectVirtual());
+    library.SetStateCallback(onState, nullptr);
+    library.SetErrorCallback(onError, nullptr);
+    ASSERT_EQ(library.SetScanSource(1), kOk);
+    EXPECT_EQ(library.HavePaper(), 1);
+    ASSERT_EQ(library.SetColorMode(1), kOk);
+    ImageParam image {};
+    image.nGamma = 1.0F;
+    ASSERT_EQ(library.SetImageParam(image), kOk);
+    FileParam file {};
+    std::strncpy(file.szFilePath, output.path().c_str(), sizeof(file.szFilePath) - 1);
+    std::strcpy(file.szFileName, "doc");
+    std::strcpy(file.szSeparator, "-");
+    std::strcpy(file.szIndex, "08");
+    ASSERT_EQ(library.SetFileParam(file), kOk);
+    EXPECT_EQ(library.Scan(), kOk);
+    EXPECT_EQ(g_errors, std::vector<int> {});
+    EXPECT_EQ(g_states.back(), -1);
+    EXPECT_EQ(namesIn(output.path()), (std::vector<std::string> { "doc-08.jpg", "doc-09.jpg" }));
+    EXPECT_EQ(g_files,
+        (std::vector<std::string> {
+            (output.path() / "doc-08.jpg").string(), (output.path() / "doc-09.jpg").string() }));
+    EXPECT_EQ(contentOf(output.path() / "doc-08.jpg").substr(0, 3), "\xFF\xD8\xFF");
+    _tagPageParameter page {};
+    EXPECT_EQ(library.GetPageParameters(&page), kOk);
+    EXPECT_EQ(page.nPage, 2);
+    EXPECT_EQ(library.ClearTmpData(), kOk);
+    EXPECT_TRUE(namesIn(installedLibraryPaths().spool).empty());
+}
