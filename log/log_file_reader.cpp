@@ -5,6 +5,17 @@
 
 #include <algorithm>
 
+namespace {
+
+/// Control characters but the tab, and what a text view takes for a line break.
+bool needsCare(ushort c)
+{
+    return (c < 0x20 && c != '\t') || (c >= 0x7f && c < 0xa0) || c == QChar::LineSeparator
+        || c == QChar::ParagraphSeparator;
+}
+
+} // namespace
+
 LogFileReader::LogFileReader(const QString& path)
     : m_file(path)
     , m_decoder(QTextCodec::codecForName("UTF-8")->makeDecoder(QTextCodec::ConvertInvalidToNull))
@@ -46,26 +57,35 @@ QString LogFileReader::next()
     return cleaned(text);
 }
 
-QString LogFileReader::cleaned(const QString& text)
+QString LogFileReader::cleaned(QString text)
 {
+    // Nearly always there is nothing to do: one quick look decides.
+    bool clean = true;
+    int lineLength = m_lineLength;
+    for (const ushort *c = text.utf16(), *end = c + text.size(); c != end; ++c) {
+        lineLength = *c == '\n' ? 0 : lineLength + 1;
+        clean = clean && lineLength <= kMaxLine && (*c == '\n' || !needsCare(*c));
+    }
+    if (clean) {
+        m_lineLength = lineLength;
+        return text;
+    }
     QString out;
     out.reserve(text.size() + text.size() / kMaxLine + 1);
-    for (const QChar c : text) {
+    for (const QChar c : qAsConst(text)) {
+        if (c == QLatin1Char('\r')) {
+            continue;
+        }
         if (c == QLatin1Char('\n')) {
             m_lineLength = 0;
             out += c;
-            continue;
-        }
-        if (c == QLatin1Char('\r')) {
             continue;
         }
         if (m_lineLength >= kMaxLine && !c.isLowSurrogate()) {
             out += QLatin1Char('\n');
             m_lineLength = 0;
         }
-        const bool control = c.category() == QChar::Other_Control && c != QLatin1Char('\t');
-        const bool breaksLine = c == QChar::LineSeparator || c == QChar::ParagraphSeparator;
-        out += control || breaksLine ? QChar(QChar::ReplacementCharacter) : c;
+        out += needsCare(c.unicode()) ? QChar(QChar::ReplacementCharacter) : c;
         ++m_lineLength;
     }
     return out;

@@ -29,7 +29,7 @@ public:
     [[nodiscard]] QString next();
 
 private:
-    [[nodiscard]] QString cleaned(const QString& text);
+    [[nodiscard]] QString cleaned(QString text);
 
     QFile m_file;
     qint64 m_skipped = 0;

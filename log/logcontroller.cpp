@@ -61,8 +61,9 @@ void logcontroller::OnBackToday()
 QString logcontroller::dayFile(const QString& folder, const QDate& date)
 {
     const log_paths::Day day { date.year(), date.month(), date.day() };
-    return QFile::decodeName(QByteArray::fromStdString(log_paths::dayFile(
-        QFile::encodeName(folder + QLatin1Char('/')).toStdString(), kJobLogTag, day)));
+    const QString slash = folder.endsWith(QLatin1Char('/')) ? QString() : QString(QLatin1Char('/'));
+    return QFile::decodeName(QByteArray::fromStdString(
+        log_paths::dayFile(QFile::encodeName(folder + slash).toStdString(), kJobLogTag, day)));
 }
 
 void logcontroller::onDateChanged(const QDate& date)

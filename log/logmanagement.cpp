@@ -80,7 +80,7 @@ QString logmanagement::settingsFile() const
 
 int logmanagement::SetOutLogLevel() const
 {
-    return m_ui->comboSetLogLevel->currentText() == QLatin1String("开启日志") ? 1 : 0;
+    return m_ui->comboSetLogLevel->currentText() == QStringLiteral("开启日志") ? 1 : 0;
 }
 
 void logmanagement::onSetLogConfig()
