@@ -5,8 +5,10 @@
 
 #include <QAbstractSpinBox>
 #include <QEvent>
+#include <QGuiApplication>
 #include <QKeySequence>
 #include <QRegularExpressionValidator>
+#include <QScreen>
 #include <QScrollArea>
 #include <QShortcut>
 #include <QTabBar>
@@ -14,6 +16,7 @@
 namespace {
 
 constexpr QSize kFirstSize(960, 664); ///< fits a screen of 1366 x 768
+constexpr QSize kWindowFrame(16, 40); ///< room for borders and title bar
 constexpr QSize kTabIconSize(20, 20);
 constexpr QSize kButtonIconSize(24, 20);
 constexpr int kProductIconSize = 64;
@@ -151,5 +154,6 @@ void MainWindowUi::setupUi(QMainWindow* window)
     QWidget::setTabOrder(templateBtn, scanMainBtn);
     QWidget::setTabOrder(scanMainBtn, exitMainBtn);
 
-    window->resize(kFirstSize);
+    const QSize free = QGuiApplication::primaryScreen()->availableSize() - kWindowFrame;
+    window->resize(kFirstSize.boundedTo(free));
 }

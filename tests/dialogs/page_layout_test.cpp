@@ -4,6 +4,7 @@
 
 #include <QAbstractButton>
 #include <QMainWindow>
+#include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTest>
@@ -15,6 +16,7 @@ namespace {
 
 /// What is left of a 1366 x 768 screen under a title bar and a task bar.
 constexpr QSize kSmallScreen(1366, 680);
+constexpr QSize kFirstSize(960, 664);
 
 class PageLayoutTest : public testing::Test
 {
@@ -98,9 +100,7 @@ protected:
 
 TEST_F(PageLayoutTest, NothingIsCutOrScrollsInTheFirstSizeAndOnASmallScreen)
 {
-    for (const QSize size : { window.size(), kSmallScreen }) {
-        ASSERT_LE(size.width(), kSmallScreen.width());
-        ASSERT_LE(size.height(), kSmallScreen.height());
+    for (const QSize size : { kFirstSize, kSmallScreen }) {
         window.resize(size);
         for (int index = 0; index < ui.tabWidget->count(); ++index) {
             SCOPED_TRACE(testing::Message() << "page " << index << " at " << size.width());
@@ -117,6 +117,12 @@ TEST_F(PageLayoutTest, NothingIsCutOrScrollsInTheFirstSizeAndOnASmallScreen)
         }
     }
     expectNothingCut(ui.actionBar);
+}
+
+TEST_F(PageLayoutTest, TheWindowOpensNoLargerThanTheScreen)
+{
+    const QSize free = window.screen()->availableSize() - QSize(16, 40);
+    EXPECT_EQ(window.size(), kFirstSize.boundedTo(free).expandedTo(window.minimumSizeHint()));
 }
 
 TEST_F(PageLayoutTest, AScreenTooSmallScrollsButKeepsTheScanButton)
