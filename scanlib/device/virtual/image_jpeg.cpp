@@ -119,6 +119,34 @@ Status decode(JpegReader& reader, const std::filesystem::path& file, std::FILE* 
     return {};
 }
 
+struct DecodeJob
+{
+    const std::filesystem::path& file;
+    std::FILE* stream;
+    PixelFormat wanted;
+    Page& page;
+    std::vector<std::uint8_t>& line;
+    Status& status;
+};
+
+__attribute__((noinline)) void decodeJob(JpegReader& reader, const DecodeJob& job)
+{
+    job.status = decode(reader, job.file, job.stream, job.wanted, job.page, job.line);
+}
+
+/// false when the library gave up. Stands alone, without a local variable that a jump could spoil.
+__attribute__((noinline)) bool decodeGuarded(JpegReader& reader, const DecodeJob& job)
+{
+    if (setjmp(reader.escape) != 0) { // NOLINT(cert-err52-cpp): the library knows no other way
+        return false;
+    }
+    jpeg_create_decompress(&reader.jpeg);
+    // progressive images take memory of their own; one that needs more is refused
+    reader.jpeg.mem->max_memory_to_use = 1L << 30;
+    decodeJob(reader, job);
+    return true;
+}
+
 } // namespace
 
 Status readJpeg(
@@ -131,15 +159,7 @@ Status readJpeg(
     reader.errors.error_exit = onError;
     reader.errors.emit_message = onMessage;
     reader.jpeg.client_data = &reader;
-    bool failed = false;
-    if (setjmp(reader.escape) == 0) { // NOLINT(cert-err52-cpp): the library knows no other way
-        jpeg_create_decompress(&reader.jpeg);
-        // progressive images take memory of their own; past this the library uses a temporary file
-        reader.jpeg.mem->max_memory_to_use = 1L << 30;
-        status = decode(reader, file, stream, wanted, page, line);
-    } else {
-        failed = true;
-    }
+    const bool failed = !decodeGuarded(reader, { file, stream, wanted, page, line, status });
     if (failed || reader.broken) {
         return damaged(file, reader.message);
     }

@@ -88,6 +88,32 @@ Status decode(PngReader& reader, const std::filesystem::path& file, std::FILE* s
     return {};
 }
 
+struct DecodeJob
+{
+    const std::filesystem::path& file;
+    std::FILE* stream;
+    PixelFormat wanted;
+    Page& page;
+    std::vector<png_bytep>& rows;
+    Status& status;
+};
+
+__attribute__((noinline)) void decodeJob(PngReader& reader, const DecodeJob& job)
+{
+    job.status = decode(reader, job.file, job.stream, job.wanted, job.page, job.rows);
+}
+
+/// false when the library gave up. Stands alone, without a local variable that a jump could spoil.
+__attribute__((noinline)) bool decodeGuarded(PngReader& reader, const DecodeJob& job)
+{
+    if (setjmp(png_jmpbuf(reader.png))
+        != 0) { // NOLINT(cert-err52-cpp): the library knows no other way
+        return false;
+    }
+    decodeJob(reader, job);
+    return true;
+}
+
 } // namespace
 
 Status readPng(const std::filesystem::path& file, std::FILE* stream, PixelFormat wanted, Page& page)
@@ -100,13 +126,7 @@ Status readPng(const std::filesystem::path& file, std::FILE* stream, PixelFormat
     if (reader.info == nullptr) {
         return { kNoMemory, file.string() };
     }
-    bool failed = false;
-    if (setjmp(png_jmpbuf(reader.png))
-        == 0) { // NOLINT(cert-err52-cpp): the library knows no other way
-        status = decode(reader, file, stream, wanted, page, rows);
-    } else {
-        failed = true;
-    }
+    const bool failed = !decodeGuarded(reader, { file, stream, wanted, page, rows, status });
     return failed ? damaged(file, reader.message) : status;
 }
 
