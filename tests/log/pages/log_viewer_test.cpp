@@ -58,6 +58,7 @@ TEST_F(LogViewer, opens_on_today_and_shows_the_chosen_day)
     write(QDate(2024, 3, 7), "an old job\n");
     logcontroller viewer(QString::fromStdString(folder));
     viewer.show();
+    QCoreApplication::processEvents();
     saveScreenshot(viewer, QStringLiteral("log_viewer"));
     EXPECT_EQ(QStringLiteral("日志管理模块"), viewer.windowTitle());
     EXPECT_TRUE(text(viewer).startsWith(QStringLiteral("开始时间: 10:00:00:001\n")));
