@@ -15,16 +15,21 @@ constexpr int kTile = 32;
 template <int Bytes>
 void turnPixels(const Page& from, Page& to, bool right)
 {
+    const auto inStride = static_cast<std::ptrdiff_t>(from.stride());
+    const std::ptrdiff_t outStep = right ? -Bytes : Bytes;
     for (int tileY = 0; tileY < from.height; tileY += kTile) {
         const int endY = std::min(tileY + kTile, from.height);
         for (int tileX = 0; tileX < from.width; tileX += kTile) {
             const int endX = std::min(tileX + kTile, from.width);
             for (int x = tileX; x < endX; ++x) {
-                std::uint8_t* const out = to.row(right ? x : from.width - 1 - x);
+                const std::uint8_t* in = from.row(tileY) + static_cast<std::ptrdiff_t>(x) * Bytes;
+                const int column = right ? from.height - 1 - tileY : tileY;
+                std::uint8_t* out = to.row(right ? x : from.width - 1 - x)
+                    + static_cast<std::ptrdiff_t>(column) * Bytes;
                 for (int y = tileY; y < endY; ++y) {
-                    const int column = right ? from.height - 1 - y : y;
-                    std::memcpy(out + static_cast<std::ptrdiff_t>(column) * Bytes,
-                        from.row(y) + static_cast<std::ptrdiff_t>(x) * Bytes, Bytes);
+                    std::memcpy(out, in, Bytes);
+                    in += inStride;
+                    out += outStep;
                 }
             }
         }
