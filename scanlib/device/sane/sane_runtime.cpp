@@ -3,10 +3,10 @@
 #include "scanlib/base/library_log.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <regex>
 
 namespace orva {
 
@@ -17,14 +17,20 @@ std::string textOrEmpty(SANE_String_Const text)
     return text != nullptr ? text : "";
 }
 
-/// The address that a network driver puts into the key or the type; empty for local devices.
+/// The IPv4 address that a network driver puts into the key or the type; empty for local devices.
 std::string networkAddress(const FoundDevice& device)
 {
-    static const std::regex kAddress(R"(\b(\d{1,3}\.\d{1,3}\.\d{1,3}\.\d{1,3})\b)");
-    std::smatch match;
     for (const std::string* text : { &device.key, &device.type }) {
-        if (std::regex_search(*text, match, kAddress)) {
-            return match[1].str();
+        for (std::size_t i = 0; i < text->size(); ++i) {
+            const std::size_t end =
+                std::min(text->find_first_not_of("0123456789.", i), text->size());
+            const std::string candidate = text->substr(i, end - i);
+            constexpr std::size_t kShortest = 7; // 1.2.3.4
+            if (candidate.size() >= kShortest
+                && std::count(candidate.begin(), candidate.end(), '.') == 3) {
+                return candidate;
+            }
+            i = std::max(i, end); // at a character that belongs to no number, or behind one
         }
     }
     return {};
@@ -126,13 +132,14 @@ std::vector<FoundDevice> withoutDuplicates(const std::vector<FoundDevice>& devic
 
 void addUsbFacts(FoundDevice& device, const std::string& usbFolder)
 {
-    static const std::regex kBusAndAddress(R"(libusb:(\d{3}):(\d{3}))");
-    std::smatch match;
-    if (!std::regex_search(device.key, match, kBusAndAddress)) {
+    constexpr char kMark[] = "libusb:"; // then "bus:address"
+    const std::size_t mark = device.key.find(kMark);
+    int bus = 0;
+    int address = 0;
+    if (mark == std::string::npos
+        || std::sscanf(device.key.c_str() + mark, "libusb:%d:%d", &bus, &address) != 2) {
         return;
     }
-    const int bus = std::atoi(match[1].str().c_str());
-    const int address = std::atoi(match[2].str().c_str());
     std::error_code error;
     for (const auto& entry : std::filesystem::directory_iterator(usbFolder, error)) {
         if (std::atoi(firstLine(entry.path() / "busnum").c_str()) == bus
