@@ -30,14 +30,16 @@ set(rules
   "^app/ => .*"
   # the scanner library: api, session, then device, page, writers, ocr side by side, then base
   "^scanlib/base/ => ${border}|scanlib/base/.*\\.h"
-  "^scanlib/device/virtual/ => ${border}|scanlib/base/.*\\.h|scanlib/device/(device\\.h|virtual/.*\\.h)"
-  "^scanlib/device/sane/ => ${border}|scanlib/base/.*\\.h|scanlib/device/(device\\.h|sane/.*\\.h)"
-  "^scanlib/device/ => ${border}|scanlib/base/.*\\.h"
+  "^scanlib/device/virtual/ => ${border}|scanlib/base/.*\\.h|scanlib/device/((device|papers)\\.h|virtual/.*\\.h)"
+  "^scanlib/device/sane/ => ${border}|scanlib/base/.*\\.h|scanlib/device/((device|papers)\\.h|sane/.*\\.h)"
+  "^scanlib/device/ => ${border}|scanlib/base/.*\\.h|scanlib/device/device\\.h"
   "^scanlib/page/ => ${border}|scanlib/(base|page)/.*\\.h"
   "^scanlib/writers/ => ${border}|scanlib/(base|writers)/.*\\.h"
   "^scanlib/ocr/ => ${border}|scanlib/(base|ocr)/.*\\.h"
   "^scanlib/session/ => ${border}|scanlib/(base|session|page|writers|ocr)/.*\\.h|scanlib/device/device\\.h|scanlib/device/(virtual|sane)/[a-z]+_driver\\.h"
-  "^scanlib/api/ => ${border}|scanlib/(base|session|api)/.*\\.h|scanlib/device/device\\.h|scanlib/device/(virtual|sane)/[a-z]+_driver\\.h")
+  # the entry points; composition.cpp is the one place that knows drivers, operations and writers by name
+  "^scanlib/api/composition\\.cpp => ${border}|scanlib/.*\\.h"
+  "^scanlib/api/ => ${border}|scanlib/(base|session|api)/.*\\.h|scanlib/device/device\\.h")
 # Qt must not be seen here at all, and only QtCore there.
 set(no_toolkit "^scanlib/(api|session|page|writers|ocr|base)/|^scanlib/device/(sane/|device\\.h)|^scanlib/device/virtual/[^/]+$|^sdk/(records|codes|result_codes)")
 
