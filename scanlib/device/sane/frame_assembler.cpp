@@ -36,8 +36,9 @@ std::uint64_t neededBytesPerLine(const SANE_Parameters& p)
 Status FrameAssembler::begin(const SANE_Parameters& parameters)
 {
     const SANE_Parameters& p = parameters;
-    const bool known =
-        p.format == SANE_FRAME_GRAY || p.format == SANE_FRAME_RGB || isPass(p.format);
+    int format = 0; // newer drivers may give kinds that this SANE_Frame has no name for
+    std::memcpy(&format, &p.format, sizeof format);
+    const bool known = format >= SANE_FRAME_GRAY && format <= SANE_FRAME_BLUE;
     const bool depthKnown = p.depth == 8 || p.depth == 16 || p.depth == 1;
     if (!known || !depthKnown || p.pixels_per_line <= 0 || p.bytes_per_line <= 0 || p.lines == 0
         || p.lines < -1) {
