@@ -6,22 +6,24 @@ top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 cd "$top"
 export LC_ALL=C.UTF-8
 jobs=$(nproc)
+# One checkout's objects serve another one's.
+export CCACHE_BASEDIR="$top" CCACHE_NOHASHDIR=1
 
 say() { printf '\n==> %s\n' "$*"; }
 fail() { printf 'error: %s\n' "$*" >&2; exit 1; }
 
 # What compiling needs.
 build_packages=(
-  build-essential ccache cmake libcjson-dev libcli11-dev libjpeg62-turbo-dev libminizip-dev libpng-dev libqpdf-dev
-  libsane-dev libtiff-dev libtinyxml-dev libturbojpeg0-dev fonts-noto-cjk librsvg2-bin ninja-build
+  build-essential ccache cmake libcjson-dev libcli11-dev libjpeg62-turbo-dev libminizip-dev libpng-dev
+  libqpdf-dev libsane-dev libtiff-dev libtinyxml-dev libturbojpeg0-dev fonts-noto-cjk librsvg2-bin ninja-build
   pkg-config qtbase5-dev qtbase5-dev-tools qttools5-dev qttools5-dev-tools zlib1g-dev)
 # What a run needs on a machine without a display.
 display_packages=(imagemagick openbox x11-utils xauth xdotool xvfb)
 # What the tests need beyond that.
 test_packages=(
-  "${display_packages[@]}" libgmock-dev libgtest-dev libsane libsane-common libtiff-tools libxml2-utils
+  "${display_packages[@]}" git libgmock-dev libgtest-dev libsane1 libsane-common libtiff-tools libxml2-utils
   poppler-utils procps qpdf sane-utils unzip)
-lint_packages=(clang-format-14 clang-tidy-14 libxml2-utils shellcheck)
+lint_packages=(git clang-format-14 clang-tidy-14 libxml2-utils shellcheck)
 bench_packages=(libbenchmark-dev libjpeg-turbo-progs time)
 
 # Installs those of the packages that are missing; asks for nothing when none is.
