@@ -22,13 +22,13 @@ std::string extensionOf(FileFormat format)
 } // namespace
 
 DocumentAssembler::DocumentAssembler(const OutputSettings& output, const OutputFormat& format,
-    JobJournal& journal, FileSaved onSaved)
+    JobJournal& journal, FileSaved onSaved, unsigned long long filesBefore)
     : m_output(output)
     , m_format(format)
     , m_journal(journal)
     , m_onSaved(std::move(onSaved))
     , m_store(output.folder, output.sameName)
-    , m_names(output.naming)
+    , m_names(output.naming, filesBefore)
     , m_extension(extensionOf(output.format))
 {
 }
@@ -64,6 +64,7 @@ Status DocumentAssembler::complete(OpenDocument& document)
     m_journal.noteCommit(document.place.hiddenFile(), document.place.finalFile(), document.pages);
     std::filesystem::path file;
     if (Status status = m_store.commit(document.place, file); !status.ok()) {
+        m_journal.noteCommitFailed();
         return status;
     }
     m_journal.pagesSaved(document.pages);

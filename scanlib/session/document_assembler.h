@@ -22,8 +22,9 @@ public:
     /// Told the full path of each file once it is complete on disk under its name.
     using FileSaved = std::function<void(const std::string& path)>;
 
+    /// `filesBefore`: files of the same job that exist already; their serials are not given again.
     DocumentAssembler(const OutputSettings& output, const OutputFormat& format, JobJournal& journal,
-        FileSaved onSaved);
+        FileSaved onSaved, unsigned long long filesBefore = 0);
 
     /// The next page, in page order, its payload spooled. After a failure the pages that are in no
     /// finished file stay in the journal's folder; only finish may follow.

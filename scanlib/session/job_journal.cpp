@@ -94,6 +94,7 @@ std::string pageLine(const EncodedPage& page)
     cJSON_AddNumberToObject(json.get(), "back", page.side == Side::kBack ? 1 : 0);
     cJSON_AddNumberToObject(json.get(), "number", page.number);
     cJSON_AddStringToObject(json.get(), "stream", page.stream.c_str());
+    cJSON_AddNumberToObject(json.get(), "bytes", static_cast<double>(page.bytes.size()));
     return printed(json);
 }
 
@@ -112,6 +113,14 @@ EncodedPage pageOf(const Json& json, const std::filesystem::path& folder)
     page.number = intOf(json, "number");
     page.stream = textOf(json, "stream");
     return page;
+}
+
+/// After a loss of power a payload may be there by name only.
+bool isWhole(const EncodedPage& page, double bytes)
+{
+    std::error_code error;
+    return std::filesystem::is_regular_file(page.file, error)
+        && static_cast<double>(std::filesystem::file_size(page.file, error)) == bytes;
 }
 
 /// 0 when there is no such file. Only compared on one file system.
@@ -136,22 +145,35 @@ std::string commitLine(const std::filesystem::path& hidden, const std::filesyste
     return printed(json);
 }
 
-/// Names of the payloads that a commit has brought into a file; none when it did not happen.
-std::vector<std::string> committedPages(const Json& json)
+/// One file that was about to get its name.
+struct Commit
 {
-    std::vector<std::string> names;
+    std::vector<std::filesystem::path> payloads;
+    bool seen = false; ///< the file is there, and it is that one
+};
+
+Commit commitOf(const Json& json, const std::filesystem::path& folder)
+{
+    Commit commit;
     const double inode = numberOf(json, "inode");
-    if (inode == 0 || inodeOf(textOf(json, "file")) != inode) {
-        return names;
-    }
+    commit.seen = inode != 0 && inodeOf(textOf(json, "file")) == inode;
     const cJSON* item = nullptr;
     cJSON_ArrayForEach(item, cJSON_GetObjectItemCaseSensitive(json.get(), "pages"))
     {
         if (const char* const name = cJSON_GetStringValue(item); name != nullptr) {
-            names.emplace_back(name);
+            commit.payloads.push_back(folder / std::filesystem::path(name).filename());
         }
     }
-    return names;
+    return commit;
+}
+
+/// Payloads are deleted behind a commit; where they still are, only the file itself tells.
+bool hasHappened(const Commit& commit)
+{
+    std::error_code error;
+    return commit.seen
+        || std::none_of(commit.payloads.begin(), commit.payloads.end(),
+            [&](const auto& payload) { return std::filesystem::exists(payload, error); });
 }
 
 } // namespace
@@ -192,7 +214,19 @@ void JobJournal::noteCommit(const std::filesystem::path& hidden, const std::file
     }
 }
 
+void JobJournal::noteCommitFailed()
+{
+    if (const Status status = m_folder.note(printed(line("void"))); !status.ok()) {
+        libraryLog("journal: %s", status.detail().c_str());
+    }
+}
+
 void JobJournal::pagesSaved(const std::vector<EncodedPage>& pages)
+{
+    pagesDropped(pages);
+}
+
+void JobJournal::pagesDropped(const std::vector<EncodedPage>& pages)
 {
     for (const EncodedPage& page : pages) {
         unlink(page.file.c_str());
@@ -219,7 +253,7 @@ bool JobJournal::takeOver(const std::filesystem::path& folder)
 JobJournal::Leftover JobJournal::leftover() const
 {
     Leftover result;
-    std::set<std::filesystem::path> saved;
+    std::vector<Commit> commits;
     for (const std::string& text : m_folder.journal()) {
         const Json json(cJSON_Parse(text.c_str()));
         const std::string kind = json ? textOf(json, "kind") : "";
@@ -227,19 +261,27 @@ JobJournal::Leftover JobJournal::leftover() const
             result.output = outputOf(json);
             result.readable = true;
         } else if (kind == "page") {
-            result.unsaved.push_back(pageOf(json, m_folder.path()));
-        } else if (kind == "commit") {
-            for (const std::string& name : committedPages(json)) {
-                saved.insert(m_folder.path() / name);
+            EncodedPage page = pageOf(json, m_folder.path());
+            if (isWhole(page, numberOf(json, "bytes"))) {
+                result.unsaved.push_back(std::move(page));
             }
+        } else if (kind == "commit") {
+            commits.push_back(commitOf(json, m_folder.path()));
+        } else if (kind == "void" && !commits.empty()) {
+            commits.pop_back();
         }
     }
-    const auto isGone = [&](const EncodedPage& page) {
-        std::error_code error;
-        return saved.count(page.file) != 0 || !std::filesystem::is_regular_file(page.file, error);
-    };
+    std::set<std::filesystem::path> saved;
+    for (const Commit& commit : commits) {
+        if (hasHappened(commit)) {
+            ++result.files;
+            saved.insert(commit.payloads.begin(), commit.payloads.end());
+        }
+    }
     result.unsaved.erase(
-        std::remove_if(result.unsaved.begin(), result.unsaved.end(), isGone), result.unsaved.end());
+        std::remove_if(result.unsaved.begin(), result.unsaved.end(),
+            [&](const EncodedPage& page) { return saved.count(page.file) != 0; }),
+        result.unsaved.end());
     std::stable_sort(result.unsaved.begin(), result.unsaved.end(),
         [](const EncodedPage& a, const EncodedPage& b) { return a.number < b.number; });
     return result;

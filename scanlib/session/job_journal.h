@@ -24,8 +24,12 @@ public:
     /// crash between the two, the same file under that name tells that the pages are saved.
     void noteCommit(const std::filesystem::path& hidden, const std::filesystem::path& file,
         const std::vector<EncodedPage>& pages);
+    /// The file did not get its name: what noteCommit said last is void.
+    void noteCommitFailed();
     /// The pages are in a finished file: their payloads are deleted.
     void pagesSaved(const std::vector<EncodedPage>& pages);
+    /// The pages are not wanted: their payloads are deleted. Any thread.
+    void pagesDropped(const std::vector<EncodedPage>& pages);
     /// Deletes the folder, unless it still holds pages that are in no file.
     void close();
 
@@ -35,7 +39,8 @@ public:
     {
         bool readable = false; ///< the output settings are known
         OutputSettings output;
-        std::vector<EncodedPage> unsaved; ///< in page order
+        std::vector<EncodedPage> unsaved; ///< whole payloads, in page order
+        unsigned long long files = 0; ///< that the job had finished
     };
     Leftover leftover() const;
     void remove() { m_folder.remove(); }

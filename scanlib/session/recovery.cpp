@@ -6,6 +6,7 @@
 #include "scanlib/session/job_journal.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <ctime>
 #include <exception>
@@ -25,6 +26,12 @@ bool isOld(const std::filesystem::path& folder)
     return stat(folder.c_str(), &info) == 0 && std::time(nullptr) - info.st_mtime > kKeepSeconds;
 }
 
+/// Not the fault of the one page: the others would meet it, too.
+bool concernsAll(const Status& status)
+{
+    return status.code() != kDamagedPage && status.code() != kFileWrite;
+}
+
 Status writePages(
     JobJournal& journal, JobJournal::Leftover& left, const PageTools& tools, int& files)
 {
@@ -33,16 +40,22 @@ Status writePages(
         return { kFormatNotSupported, "no writer for the format" };
     }
     left.output.sameName = SameName::kAddNumber;
-    DocumentAssembler assembler(left.output, *format, journal, [&](const std::string& file) {
+    const auto tell = [&](const std::string& file) {
         ++files;
         libraryLog("recovered %s", file.c_str());
-    });
+    };
+    DocumentAssembler assembler(left.output, *format, journal, tell, left.files);
+    Status first;
     for (EncodedPage& page : left.unsaved) {
         if (Status status = assembler.add(std::move(page)); !status.ok()) {
-            return status;
+            first = first.ok() ? status : first;
+            if (concernsAll(status)) {
+                break;
+            }
         }
     }
-    return assembler.finish();
+    const Status finished = assembler.finish();
+    return first.ok() ? finished : first;
 }
 
 int recoverJob(const std::filesystem::path& folder, const PageTools& tools)
@@ -95,10 +108,18 @@ Status clearSpool(const std::filesystem::path& spoolRoot)
     for (const std::filesystem::path& folder : spoolFolders(spoolRoot)) {
         JobJournal journal;
         if (!journal.takeOver(folder)) {
+            if (isOld(folder)) {
+                rmdir(folder.c_str()); // of a job that died before its journal; else it is not empty
+            }
             continue;
         }
-        if (!journal.leftover().unsaved.empty() && !isOld(folder)) {
+        const std::size_t unsaved = journal.leftover().unsaved.size();
+        if (unsaved != 0 && !isOld(folder)) {
             continue;
+        }
+        if (unsaved != 0) {
+            libraryLog("%s: %zu pages could not be saved for a week and are deleted",
+                folder.c_str(), unsaved);
         }
         journal.remove();
         std::error_code error;

@@ -220,10 +220,28 @@ Status ScanJob::feed(Device& device)
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_feeding = &device;
     }
+    bool batchBegun = false;
+    const Status status = guardedStatus([&] { return feedSides(device, batchBegun); });
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_feeding = nullptr;
+    }
+    if (batchBegun) {
+        device.endBatch();
+    }
+    if (m_cancelled && !status.ok()) {
+        libraryLog("cancelled; the device says %d: %s", status.code(), status.detail().c_str());
+        return { kCancelled, status.detail() };
+    }
+    // The stop of a job that failed elsewhere comes back from the device as a cancellation.
+    return m_stop.cancelled() && status.code() == kCancelled ? Status() : status;
+}
+
+Status ScanJob::feedSides(Device& device, bool& batchBegun)
+{
     const bool wholeSheets = m_tools.needsWholeSheet(m_settings.image);
     Status status;
     int sides = 0;
-    bool batchBegun = false;
     PageGroup group;
     while (status.ok() && !m_stop.cancelled()) {
         Page page;
@@ -250,19 +268,7 @@ Status ScanJob::feed(Device& device)
         }
     }
     enqueue(group);
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        m_feeding = nullptr;
-    }
-    if (batchBegun) {
-        device.endBatch();
-    }
-    if (m_cancelled && !status.ok()) {
-        libraryLog("cancelled; the device says %d: %s", status.code(), status.detail().c_str());
-        return { kCancelled, status.detail() };
-    }
-    // The stop of a job that failed elsewhere comes back from the device as a cancellation.
-    return m_stop.cancelled() && status.code() == kCancelled ? Status() : status;
+    return status;
 }
 
 void ScanJob::enqueue(PageGroup& pages)
@@ -283,17 +289,22 @@ void ScanJob::work(const OutputFormat& format)
     std::unique_ptr<PageEncoder> encoder;
     Group group;
     while (m_queue.pop(group)) {
+        const int first = group.pages.front().number;
         Finished finished;
-        const Status status = guardedStatus([&] {
+        Status status = guardedStatus([&] {
             encoder = encoder ? std::move(encoder) : format.makeEncoder();
             return process(group, *encoder, finished);
         });
-        if (!status.ok()) {
-            fault(status);
-            finished = {};
-        }
+        finished.failed = !status.ok();
         // A group that failed still takes its place, or those behind it would wait for ever.
-        deliver(group.sequence, std::move(finished));
+        const Status delivered = guardedStatus([&] {
+            deliver(group.sequence, std::move(finished));
+            return Status();
+        });
+        status = status.ok() ? delivered : status;
+        if (!status.ok()) {
+            fault({ status.code(), "side " + std::to_string(first) + ": " + status.detail() });
+        }
         group = {};
     }
 }
@@ -324,13 +335,19 @@ Status ScanJob::process(Group& group, const PageEncoder& encoder, Finished& fini
 }
 
 /// Lets the groups out in the order of scanning: the sides to the callbacks, the pages to the
-/// writer.
+/// writer. Nothing is let out behind a group that failed: a hole in the middle would not be seen,
+/// while the number of sides tells where to go on after a job that broke off.
 void ScanJob::deliver(int sequence, Finished finished)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_early.emplace(sequence, std::move(finished));
     for (auto next = m_early.begin(); next != m_early.end() && next->first == m_nextSequence;
          next = m_early.erase(next), ++m_nextSequence) {
+        m_broken = m_broken || next->second.failed;
+        if (m_broken) {
+            m_journal.pagesDropped(next->second.pages);
+            continue;
+        }
         for (const _tagPageParameter& side : next->second.sides) {
             m_lastSide = side;
             m_dispatcher.postState(static_cast<int>(JobState::kSideScanned), ++m_sides, {});

@@ -6,7 +6,7 @@
 //
 // A side is reported when its pages are on disk in the spool, a file when it is complete under its
 // name. Whatever goes wrong, what was scanned before is written, the error is told once, the end
-// last.
+// last. The sides that are reported are the first ones of the batch, without a gap.
 #pragma once
 
 #include "scanlib/base/bounded_queue.h"
@@ -56,13 +56,15 @@ private:
     };
     struct Finished
     {
-        std::vector<_tagPageParameter> sides; ///< empty when they could not be processed
+        std::vector<_tagPageParameter> sides;
         std::vector<EncodedPage> pages;
+        bool failed = false; ///< could not be processed
     };
 
     Status prepare(Device& device);
     void runPipeline(Device& device, const OutputFormat& format);
     Status feed(Device& device);
+    Status feedSides(Device& device, bool& batchBegun);
     void enqueue(PageGroup& pages);
     void work(const OutputFormat& format);
     Status process(Group& group, const PageEncoder& encoder, Finished& finished);
@@ -89,6 +91,7 @@ private:
     Status m_fault; ///< the first one
     std::map<int, Finished> m_early; ///< groups that wait for an earlier one
     int m_nextSequence = 0;
+    bool m_broken = false; ///< a group that failed has had its turn
     int m_sides = 0; ///< reported
     _tagPageParameter m_lastSide {};
 

@@ -21,8 +21,9 @@ int Session::init()
     if (m_state != SessionState::kClosed) {
         return kOk;
     }
+    m_config = readLibraryConfig(m_parts.paths.config, m_parts.config);
     m_registry =
-        std::make_unique<DeviceRegistry>(m_parts.makeDrivers(m_parts.paths), m_parts.listingLimit);
+        std::make_unique<DeviceRegistry>(m_parts.makeDrivers(m_parts.paths), m_config.listingLimit);
     m_registry->startListing();
     m_recoveryCancel = std::make_unique<CancelToken>();
     m_recovering = true;

@@ -10,6 +10,7 @@
 #include "scanlib/session/callback_dispatcher.h"
 #include "scanlib/session/device_registry.h"
 #include "scanlib/session/job_settings.h"
+#include "scanlib/session/library_config.h"
 #include "scanlib/session/page_tools.h"
 #include "scanlib/session/scan_job.h"
 #include "scanlib/session/session_state.h"
@@ -33,8 +34,7 @@ struct SessionParts
     LibraryPaths paths;
     std::function<std::vector<std::unique_ptr<Driver>>(const LibraryPaths&)> makeDrivers;
     PageTools tools;
-    PipelineLimits limits;
-    std::chrono::milliseconds listingLimit { 4000 };
+    LibraryConfig config; ///< where the settings file says nothing
     /// UnInit: how long a job may take to end by itself once cancelled, then once its callbacks are
     /// muted.
     std::chrono::milliseconds endingLimit { 3000 };
@@ -129,6 +129,7 @@ private:
     std::condition_variable m_jobEnded;
     std::atomic<SessionState> m_state { SessionState::kClosed };
     bool m_closing = false;
+    LibraryConfig m_config; ///< as it was at init
     Callbacks m_callbacks;
     std::unique_ptr<DeviceRegistry> m_registry;
     std::thread m_recovery;

@@ -54,7 +54,7 @@ int Session::scan()
             JobSettings settings;
             why = jobSettings(settings);
             job = std::make_shared<ScanJob>(
-                settings, m_parts.tools, m_parts.limits, m_parts.paths.spool, m_callbacks);
+                settings, m_parts.tools, m_config.limits, m_parts.paths.spool, m_callbacks);
         } catch (...) {
             m_state = before;
             m_jobEnded.notify_all();

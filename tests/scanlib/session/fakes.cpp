@@ -403,7 +403,8 @@ SessionParts SessionTest::parts()
         return drivers;
     };
     result.tools = fakeTools(pages);
-    result.limits = limits;
+    result.config.limits = limits;
+    result.paths.config = folder.path() / "orva-sdk.conf";
     return result;
 }
 
