@@ -18,6 +18,7 @@ constexpr QSize kCancelButtonSize(100, 30);
 StatusMessageBox::StatusMessageBox()
 {
     applyDialogLook(this);
+    setModal(false); // a message box is modal by itself; exec() makes it so where that is wanted
     setTextFormat(Qt::PlainText);
     m_cancelButton = new QPushButton(QStringLiteral("取消  扫描"));
     m_cancelButton->resize(kCancelButtonSize);

@@ -4,9 +4,11 @@
 #include "tests/support/sandbox.h"
 
 #include <QAbstractButton>
+#include <QApplication>
 #include <QLabel>
 #include <QPushButton>
 #include <QTest>
+#include <QWindow>
 
 #include <gmock/gmock.h>
 
@@ -58,6 +60,28 @@ TEST_F(MessageBoxTest, ErrorsAndNoticesLookDifferent)
     EXPECT_EQ(box.icon(), QMessageBox::Information);
     EXPECT_EQ(box.text(), QStringLiteral("无纸 <b>1</b>"));
     EXPECT_EQ(box.textFormat(), Qt::PlainText) << "a text is never taken for markup";
+}
+
+TEST_F(MessageBoxTest, ShownErrorLeavesTheOtherWindowsUsable)
+{
+    QPushButton other(QStringLiteral("扫描"));
+    int clicks = 0;
+    QObject::connect(&other, &QPushButton::clicked, [&clicks] { ++clicks; });
+    other.show();
+    ASSERT_TRUE(box.ShowStatusError(1));
+    box.show();
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+    QTest::mouseClick(other.windowHandle(), Qt::LeftButton, {}, other.rect().center());
+    EXPECT_EQ(clicks, 1);
+
+    box.hide();
+    AnswerModal answer([](QDialog& dialog) {
+        EXPECT_TRUE(dialog.isModal()) << "a notice is to be answered first";
+        dialog.close();
+    });
+    box.CustomMsgBox(QStringLiteral("提示"), QStringLiteral("成功!"));
+    box.exec();
+    EXPECT_EQ(answer.count(), 1);
 }
 
 TEST_F(MessageBoxTest, HiddenCodeIsNotToBeShownAndUnknownCodeAlwaysIs)
