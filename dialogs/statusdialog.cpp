@@ -38,6 +38,10 @@ StatusDialog::StatusDialog(QWidget* parent)
 {
     applyDialogLook(this);
     ui->setupUi(this);
+    // While paper runs the keys belong to the dialog: the Enter that started the scan, held a
+    // moment too long, must not cancel it. Tab leads to the button.
+    setFocusPolicy(Qt::StrongFocus);
+    ui->pushButton->setAutoDefault(false);
 }
 
 StatusDialog::~StatusDialog() = default;
@@ -52,8 +56,10 @@ void StatusDialog::ShowStatusInfo(int code, int scanPage, int dealPage, int ocrP
     switch (code) {
     case kScanStarted:
         ui->pushButton->setText(cancelText());
+        ui->pushButton->setDefault(false);
         ui->pushButton->setEnabled(false);
         ui->pushButton->hide();
+        setFocus();
         m_cancelled = false;
         break;
     case kScanProgress:
@@ -67,6 +73,8 @@ void StatusDialog::ShowStatusInfo(int code, int scanPage, int dealPage, int ocrP
         ui->pushButton->setText(doneText());
         ui->pushButton->setEnabled(true);
         ui->pushButton->show();
+        ui->pushButton->setDefault(true);
+        ui->pushButton->setFocus();
         break;
     default:
         break;

@@ -6,6 +6,7 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
+#include <QWindow>
 
 #include <gtest/gtest.h>
 
@@ -99,6 +100,27 @@ TEST_F(StatusDialogTest, CancelIsSentOnceAndTheNextScanStartsAfresh)
     dialog.show();
     QTest::mouseClick(button, Qt::LeftButton);
     EXPECT_EQ(cancelled.count(), 2);
+}
+
+TEST_F(StatusDialogTest, EnterClosesTheTotalsButNeverCancelsARunningScan)
+{
+    dialog.ShowStatusInfo(-1, 0, 0, -1);
+    dialog.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
+    dialog.ShowStatusInfo(0, 1, 1, -1);
+    for (const Qt::Key key : { Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space }) {
+        QTest::keyClick(dialog.windowHandle(), key);
+    }
+    EXPECT_EQ(cancelled.count(), 0) << "the key that started the scan, held too long";
+    EXPECT_TRUE(dialog.isVisible());
+
+    QTest::keyClick(dialog.windowHandle(), Qt::Key_Tab);
+    EXPECT_TRUE(button->hasFocus()) << "the button is in reach of the keyboard";
+
+    dialog.ShowStatusInfo(1, 1, 1, -1);
+    QTest::keyClick(dialog.windowHandle(), Qt::Key_Return);
+    EXPECT_FALSE(dialog.isVisible());
+    EXPECT_EQ(cancelled.count(), 0);
 }
 
 TEST_F(StatusDialogTest, LargeCountsAreNotCut)
