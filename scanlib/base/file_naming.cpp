@@ -100,16 +100,23 @@ Status checkNamingRule(const NamingRule& rule)
     return {};
 }
 
-NameSequence::NameSequence(NamingRule rule, WallClock clock)
+NameSequence::NameSequence(NamingRule rule, unsigned long long given, WallClock clock)
     : m_rule(std::move(rule))
     , m_clock(std::move(clock))
+    , m_serials(given)
 {
 }
 
-std::string NameSequence::nextStampOrSerial()
+std::string NameSequence::nextStamp()
 {
-    return m_rule.timeNamed ? timeStamp(m_clock(), m_rule.order, m_rule.separator)
-                            : serialAt(m_rule.serialStart, m_serials++);
+    auto time = m_clock();
+    std::string stamp = timeStamp(time, m_rule.order, m_rule.separator);
+    while (!m_stamps.insert(stamp).second) {
+        time = std::max(time, m_latest) + std::chrono::milliseconds(1);
+        stamp = timeStamp(time, m_rule.order, m_rule.separator);
+    }
+    m_latest = std::max(time, m_latest);
+    return stamp;
 }
 
 std::string NameSequence::next(const std::string& streamTag)
@@ -117,12 +124,8 @@ std::string NameSequence::next(const std::string& streamTag)
     const std::string head = m_rule.prefix.empty() ? "" : m_rule.prefix + m_rule.separator;
     const std::string tagMark = m_rule.separator.empty() ? "_" : m_rule.separator;
     const std::string tail = streamTag.empty() ? "" : tagMark + streamTag;
-    const std::string name = head + nextStampOrSerial() + tail;
-    std::string unique = name;
-    for (int number = 2; !m_used.insert(unique).second; ++number) {
-        unique = name + "_" + std::to_string(number);
-    }
-    return unique;
+    return head + (m_rule.timeNamed ? nextStamp() : serialAt(m_rule.serialStart, m_serials++))
+        + tail;
 }
 
 } // namespace orva

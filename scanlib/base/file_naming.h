@@ -36,12 +36,15 @@ std::string serialAt(const std::string& start, unsigned long long n);
 /// kBadFileName when the rule cannot give a file name: "/" or a control character in a part of it.
 Status checkNamingRule(const NamingRule& rule);
 
-/// The names of one job, without extension, one after the other; no two are equal: a name that
-/// comes again (two files in one millisecond, the end of summer time) gets "_2", "_3" ...
+/// The names of one job, without extension, one after the other; no two are equal: a stamp that
+/// comes again (two files in one millisecond, the end of summer time) moves on to the next
+/// millisecond.
 class NameSequence
 {
 public:
-    explicit NameSequence(NamingRule rule, WallClock clock = std::chrono::system_clock::now);
+    /// `given` serials are left out: files of the job that exist already.
+    explicit NameSequence(NamingRule rule, unsigned long long given = 0,
+        WallClock clock = std::chrono::system_clock::now);
 
     /// The tag of a stream (empty for none) stands at the end, behind the separator or "_".
     std::string next(const std::string& streamTag);
@@ -49,12 +52,13 @@ public:
     bool passesOverTakenNames() const { return !m_rule.timeNamed && m_rule.serialStart.empty(); }
 
 private:
-    std::string nextStampOrSerial();
+    std::string nextStamp();
 
     NamingRule m_rule;
     WallClock m_clock;
-    unsigned long long m_serials = 0; ///< given so far
-    std::unordered_set<std::string> m_used;
+    unsigned long long m_serials; ///< given so far
+    std::unordered_set<std::string> m_stamps; ///< given so far
+    std::chrono::system_clock::time_point m_latest; ///< of those
 };
 
 } // namespace orva

@@ -12,7 +12,8 @@ namespace {
 
 std::mutex g_mutex;
 bool g_enabled = false;
-std::string g_file;
+/// Never destroyed: a driver's thread may log while the process ends.
+std::string& g_file = *new std::string;
 
 } // namespace
 

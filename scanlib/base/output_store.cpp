@@ -90,7 +90,12 @@ int renameExclusively(const std::filesystem::path& from, const std::filesystem::
         return errno;
     }
     close(placeholder);
-    return rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
+    if (rename(from.c_str(), to.c_str()) == 0) {
+        return 0;
+    }
+    const int error = errno;
+    unlink(to.c_str()); // an empty file must not pass for a finished one
+    return error;
 }
 
 int flushFile(const std::filesystem::path& path)

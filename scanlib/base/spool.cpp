@@ -29,28 +29,36 @@ std::filesystem::path fallbackRoot()
         / ("orva-spool-" + std::to_string(geteuid()));
 }
 
-/// Several users may share the installed root: everybody may add to it, nobody may touch another's
-/// folder. The fallback is the user's own.
-bool makeRoot(const std::filesystem::path& root, mode_t mode)
-{
-    std::error_code error;
-    if (std::filesystem::is_directory(root, error)) {
-        return true;
-    }
-    std::filesystem::create_directories(root.parent_path(), error);
-    if (mkdir(root.c_str(), 0700) != 0 && errno != EEXIST) {
-        return false;
-    }
-    chmod(root.c_str(), mode);
-    return std::filesystem::is_directory(root, error);
-}
-
 bool isOurs(const std::filesystem::path& folder)
 {
     struct stat info
     {
     };
     return lstat(folder.c_str(), &info) == 0 && S_ISDIR(info.st_mode) && info.st_uid == geteuid();
+}
+
+/// Several users may share the installed root: everybody may add to it, nobody may touch another's
+/// folder.
+bool makeSharedRoot(const std::filesystem::path& root)
+{
+    std::error_code error;
+    if (std::filesystem::is_directory(root, error)) {
+        return true;
+    }
+    std::filesystem::create_directories(root.parent_path(), error);
+    if (mkdir(root.c_str(), 0700) == 0) {
+        chmod(root.c_str(), 01777);
+    }
+    return std::filesystem::is_directory(root, error);
+}
+
+/// The user's own. Anybody may have made a folder of that name before: then it is not used.
+bool makeFallbackRoot(const std::filesystem::path& root)
+{
+    if (mkdir(root.c_str(), 0700) == 0) {
+        return true;
+    }
+    return errno == EEXIST && isOurs(root) && chmod(root.c_str(), 0700) == 0;
 }
 
 std::string folderName()
@@ -96,9 +104,11 @@ bool SpoolFolder::lockJournal(int flags)
     if (m_journal < 0) {
         return false;
     }
-    if (flock(m_journal, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+    // Where nothing can be locked, others could not tell a living job from a dead one.
+    if (const int failed = flock(m_journal, LOCK_EX | LOCK_NB) != 0 ? errno : 0; failed != 0) {
         close(m_journal);
         m_journal = -1;
+        errno = failed;
         return false;
     }
     return true;
@@ -107,10 +117,11 @@ bool SpoolFolder::lockJournal(int flags)
 Status SpoolFolder::create(const std::filesystem::path& root)
 {
     Status status { kFileWrite, root.string() + ": no folder for the pages of a job" };
-    const std::pair<std::filesystem::path, mode_t> places[] = { { root, 01777 },
-        { fallbackRoot(), 0700 } };
-    for (const auto& [place, mode] : places) {
-        if (!makeRoot(place, mode)) {
+    const std::pair<std::filesystem::path, bool (*)(const std::filesystem::path&)> places[] = {
+        { root, makeSharedRoot }, { fallbackRoot(), makeFallbackRoot }
+    };
+    for (const auto& [place, make] : places) {
+        if (!make(place)) {
             continue;
         }
         m_folder = place / folderName();
@@ -122,6 +133,7 @@ Status SpoolFolder::create(const std::filesystem::path& root)
             return {};
         }
         status = fileFailure(errno, m_folder);
+        unlink((m_folder / kJournalName).c_str());
         rmdir(m_folder.c_str());
     }
     m_folder.clear();
@@ -146,7 +158,7 @@ Status SpoolFolder::store(const std::string& name, const std::vector<std::uint8_
     std::filesystem::path& file) const
 {
     file = m_folder / name;
-    const int handle = open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    const int handle = open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
     if (handle < 0) {
         return fileFailure(errno, file);
     }
@@ -163,8 +175,10 @@ Status SpoolFolder::store(const std::string& name, const std::vector<std::uint8_
 Status SpoolFolder::note(const std::string& line)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    const std::string text = line + "\n";
-    return writeAll(m_journal, text.data(), text.size(), m_folder / kJournalName);
+    const std::string text = (m_cutLine ? "\n" : "") + line + "\n";
+    Status status = writeAll(m_journal, text.data(), text.size(), m_folder / kJournalName);
+    m_cutLine = !status.ok(); // the next line must not become the end of half a line
+    return status;
 }
 
 std::vector<std::string> SpoolFolder::journal() const

@@ -30,7 +30,8 @@ public:
     /// Takes over the folder of a job that has died. false when some process holds it.
     bool takeOver(const std::filesystem::path& folder);
 
-    /// Writes one payload. Any thread. After a failure nothing is left of it.
+    /// Writes one payload under a name that was not used before. Any thread. After a failure
+    /// nothing is left of it.
     Status store(const std::string& name, const std::vector<std::uint8_t>& bytes,
         std::filesystem::path& file) const;
     /// Adds a line (without line feeds) to the journal. Any thread.
@@ -48,6 +49,7 @@ private:
     std::filesystem::path m_folder;
     mutable std::mutex m_mutex;
     int m_journal = -1;
+    bool m_cutLine = false; ///< the journal may end in half a line
 };
 
 /// Folders below the root (and below the temporary folder that serves for it), whoever holds them;

@@ -27,7 +27,7 @@ public:
         FileSaved onSaved, unsigned long long filesBefore = 0);
 
     /// The next page, in page order, its payload spooled. After a failure the pages that are in no
-    /// finished file stay in the journal's folder; only finish may follow.
+    /// finished file stay in the journal's folder; a further page begins a new file.
     Status add(EncodedPage page);
     /// Completes what is open. A document that cannot take its last page is made once more without
     /// it.

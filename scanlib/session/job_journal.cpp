@@ -278,9 +278,8 @@ JobJournal::Leftover JobJournal::leftover() const
             saved.insert(commit.payloads.begin(), commit.payloads.end());
         }
     }
-    result.unsaved.erase(
-        std::remove_if(result.unsaved.begin(), result.unsaved.end(),
-            [&](const EncodedPage& page) { return saved.count(page.file) != 0; }),
+    result.unsaved.erase(std::remove_if(result.unsaved.begin(), result.unsaved.end(),
+                             [&](const EncodedPage& page) { return saved.count(page.file) != 0; }),
         result.unsaved.end());
     std::stable_sort(result.unsaved.begin(), result.unsaved.end(),
         [](const EncodedPage& a, const EncodedPage& b) { return a.number < b.number; });

@@ -109,7 +109,8 @@ Status clearSpool(const std::filesystem::path& spoolRoot)
         JobJournal journal;
         if (!journal.takeOver(folder)) {
             if (isOld(folder)) {
-                rmdir(folder.c_str()); // of a job that died before its journal; else it is not empty
+                rmdir(
+                    folder.c_str()); // of a job that died before its journal; else it is not empty
             }
             continue;
         }

@@ -28,6 +28,10 @@ Status Session::jobSettings(JobSettings& settings)
         settings.image = m_parts.tools.imageSettings(m_imageParam, m_acquire.mode);
     }
     settings.image.mode = m_acquire.mode;
+    if (settings.image.dropout != ColorDropout::kNone) {
+        settings.acquire.mode =
+            ColorMode::kColor; // a colour is gone from grey before it can be told
+    }
     settings.output = m_output;
     settings.encode = m_encode;
     return {};

@@ -97,10 +97,14 @@ TEST(FileNaming, prefixBringsItsSeparatorAndAStreamItsTag)
 TEST(FileNaming, aNameIsNeverGivenTwiceInOneJob)
 {
     NamingRule rule;
-    const auto stuck = localTime(2024, 3, 5, 7, 8, 9, 10);
-    NameSequence names(rule, [&] { return stuck; });
-    EXPECT_EQ(names.next(""), "20240305070809010");
-    EXPECT_EQ(names.next(""), "20240305070809010_2");
+    auto clock = localTime(2024, 12, 31, 23, 59, 59, 998);
+    NameSequence names(rule, 0, [&] { return clock; });
+    EXPECT_EQ(names.next("color"), "20241231235959998_color");
+    EXPECT_EQ(names.next("gray"), "20241231235959999_gray");
+    EXPECT_EQ(names.next("bw"), "20250101000000000_bw");
+    clock -= std::chrono::milliseconds(1); // set back
+    EXPECT_EQ(names.next(""), "20241231235959997");
+    EXPECT_EQ(names.next(""), "20250101000000001");
     std::set<std::string> seen;
     NameSequence fast(rule);
     for (int i = 0; i < 5000; ++i) {
