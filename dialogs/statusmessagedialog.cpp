@@ -6,10 +6,14 @@
 #include <QAbstractButton>
 #include <QCloseEvent>
 #include <QIcon>
+#include <QLayout>
 
 namespace {
 
+/// The size of the box. A text that does not fit makes it larger: a name is never cut.
 constexpr QSize kBoxSize(200, 105);
+/// Narrow enough for two lines and a button to fit into that size.
+constexpr QMargins kBoxMargins(11, 8, 11, 7);
 
 QMessageBox::Icon boxIcon(WorkStatusIcon icon)
 {
@@ -59,6 +63,7 @@ void statusMessageDialog::SetStatusInfo(int code, int value, const QString& name
         setEscapeButton(QMessageBox::No);
     }
     setIcon(boxIcon(notice.icon));
+    layout()->setContentsMargins(kBoxMargins); // of the layout that the icon has made anew
     setWindowTitle(notice.title);
     setText(notice.text);
     setWindowIcon(QIcon(QStringLiteral(":/icons/appicon.png")));
@@ -73,13 +78,18 @@ void statusMessageDialog::hideEvent(QHideEvent* /*event*/) { }
 void statusMessageDialog::showEvent(QShowEvent* event)
 {
     QMessageBox::showEvent(event); // finds the button that Escape presses
-    setFixedSize(kBoxSize);
-    update();
+    forceSize();
 }
 
 void statusMessageDialog::resizeEvent(QResizeEvent* event)
 {
     QMessageBox::resizeEvent(event);
-    setFixedSize(kBoxSize);
+    forceSize();
+}
+
+void statusMessageDialog::forceSize()
+{
+    // The base class has just fixed the size that the text needs.
+    setFixedSize(size().expandedTo(kBoxSize));
     update();
 }

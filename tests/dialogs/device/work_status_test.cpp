@@ -5,6 +5,7 @@
 #include "tests/support/screenshot.h"
 
 #include <QAbstractButton>
+#include <QLabel>
 #include <QTest>
 #include <QTimer>
 
@@ -68,6 +69,31 @@ TEST(StatusMessageDialog, one_box_takes_every_form)
     EXPECT_EQ(1, box.buttons().size());
     EXPECT_EQ(QStringLiteral("模板添加"), box.windowTitle());
     EXPECT_FALSE(box.windowIcon().isNull());
+}
+
+TEST(StatusMessageDialog, no_text_is_cut)
+{
+    statusMessageDialog box;
+    const auto expectWhole = [&box](int code, const QString& name) {
+        SCOPED_TRACE(code);
+        box.SetStatusInfo(code, 100, name);
+        box.show();
+        const auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
+        ASSERT_NE(nullptr, label);
+        EXPECT_GE(label->width(), label->minimumSizeHint().width());
+        EXPECT_GE(label->height(), label->heightForWidth(label->width()));
+        EXPECT_TRUE(box.rect().contains(label->geometry()));
+        for (const QAbstractButton* button : box.buttons()) {
+            EXPECT_GE(button->width(), button->sizeHint().width());
+            EXPECT_TRUE(box.rect().contains(QRect(button->mapTo(&box, QPoint()), button->size())));
+        }
+    };
+    for (int code = -1; code < 32; ++code) {
+        expectWhole(code, QStringLiteral("A4"));
+    }
+    expectWhole(17, QStringLiteral("二〇二六年度 合同扫描 双面 灰度 三百点").repeated(4));
+    box.SetStatusInfo(21, 0, {});
+    EXPECT_EQ(QSize(200, 105), box.size()) << "shrinks again";
 }
 
 TEST(StatusMessageDialog, only_the_yes_button_means_yes)
