@@ -42,6 +42,7 @@ protected:
     void SetUp() override
     {
         choose();
+        writeBytes(Sandbox::path("joblog/keep"), "");
         IOFLog.setEnabledValue(1);
         IOFLog.GetDestSavePath(Sandbox::path("joblog").c_str());
         m_status = std::make_unique<Heard>(window(), &MainWindow::scanStatusOccur);
@@ -75,8 +76,6 @@ protected:
 
 TEST_F(Scan, RunsFromTheClickToTheRecord)
 {
-    writeBytes(Sandbox::path("joblog/keep"), "");
-    IOFLog.GetDestSavePath(Sandbox::path("joblog").c_str());
     select("scanSourceComBo", "ADF双面");
     fake.script("job|clear\nstep|state|1|1|\nstep|state|1|2|\nstep|state|2|1|/out/a.jpg\n"
                 "step|state|1|3|\nstep|state|1|4|\nstep|state|2|2|/out/b.jpg\nstep|wait\n");
@@ -209,6 +208,11 @@ struct SerialCase
     const char* steps;
     const char* next;
 };
+
+[[maybe_unused]] static void PrintTo(const SerialCase& c, std::ostream* out)
+{
+    *out << c.name;
+}
 
 class ScanSerial : public Scan, public ::testing::WithParamInterface<SerialCase>
 {
