@@ -33,10 +33,10 @@ struct CloseFile
 using FilePointer = std::unique_ptr<std::FILE, CloseFile>;
 
 // Zero bytes separate the arguments in /proc; blanks replace them, as a process list shows them.
-std::string commandLineOf(long process)
+std::string commandLineOf(const std::string& processFolder)
 {
     std::string text;
-    const std::string path = "/proc/" + std::to_string(process) + "/cmdline";
+    const std::string path = processFolder + "/cmdline";
     if (const FilePointer file { std::fopen(path.c_str(), "re") }) {
         std::array<char, 4096> part {};
         for (std::size_t got = 0;
@@ -48,10 +48,10 @@ std::string commandLineOf(long process)
     return text;
 }
 
-std::vector<long> processesInOrder()
+std::vector<long> processesInOrder(const std::string& listing)
 {
     std::vector<long> processes;
-    if (DIR* folder = ::opendir("/proc")) {
+    if (DIR* folder = ::opendir(listing.c_str())) {
         while (const dirent* entry = ::readdir(folder)) {
             char* end = nullptr;
             const long process = std::strtol(entry->d_name, &end, 10);
@@ -65,16 +65,22 @@ std::vector<long> processesInOrder()
     return processes;
 }
 
-// The number itself for a user that the system does not know, as a process list shows it.
-std::string userName(uid_t user)
+struct Account
+{
+    std::string name;
+    std::string home;
+};
+
+// A user that the system does not know goes by the number, as a process list shows it.
+Account accountOf(uid_t user)
 {
     std::array<char, 4096> text {};
     passwd entry {};
     passwd* found = nullptr;
     if (::getpwuid_r(user, &entry, text.data(), text.size(), &found) == 0 && found != nullptr) {
-        return found->pw_name;
+        return { found->pw_name, found->pw_dir };
     }
-    return std::to_string(user);
+    return { std::to_string(user), {} };
 }
 
 bool exists(const char* path)
@@ -134,18 +140,24 @@ int checkWritable(const char* path)
 
 QString getAppOwnUsr()
 {
-    for (const long process : processesInOrder()) {
-        if (commandLineOf(process).find(kProgramName) == std::string::npos) {
+    return getAppOwnUsr("/proc");
+}
+
+QString getAppOwnUsr(const std::string& processes)
+{
+    for (const long process : processesInOrder(processes)) {
+        const std::string folder = processes + '/' + std::to_string(process);
+        if (commandLineOf(folder).find(kProgramName) == std::string::npos) {
             continue;
         }
         struct stat status
         {
         };
-        if (::stat(("/proc/" + std::to_string(process)).c_str(), &status) == 0) {
-            return QString::fromStdString(userName(status.st_uid));
+        if (::stat(folder.c_str(), &status) == 0) {
+            return QString::fromStdString(accountOf(status.st_uid).name);
         }
     }
-    return QString::fromStdString(userName(::geteuid()));
+    return QString::fromStdString(accountOf(::geteuid()).name);
 }
 
 int com_del_file(const char* path, int mode)
@@ -203,11 +215,11 @@ int createfolder(const char* path)
         return -1;
     }
     std::string walk = path;
-    if (walk.size() + 2 > kPathBytes) {
-        return -1;
-    }
     if (walk.empty() || walk.back() != '/') {
         walk += '/';
+    }
+    if (walk.size() >= kPathBytes) {
+        return -1;
     }
     for (std::size_t at = 1; at < walk.size(); ++at) {
         if (walk[at] != '/') {
@@ -221,10 +233,15 @@ int createfolder(const char* path)
     return 0;
 }
 
-char* GetUserName(char* buffer)
+std::string homeFolder()
 {
     const char* home = std::getenv("HOME");
-    std::string name = home == nullptr ? "" : home;
+    return home != nullptr && *home != '\0' ? home : accountOf(::geteuid()).home;
+}
+
+char* GetUserName(char* buffer)
+{
+    std::string name = homeFolder();
     name.erase(0, name.rfind('/') + 1); // npos + 1 is 0
     std::printf("[func:%s]-user:%s\n", __func__, name.c_str());
     std::snprintf(buffer, kPathBytes, "%s", name.c_str());

@@ -18,6 +18,8 @@ int checkWritable(const char* path);
 /// Name of the user that owns the running application: the owner of the first process, in the order
 /// of /proc, whose command line holds "TarvexBaseUI"; else the current user.
 QString getAppOwnUsr();
+/// The same with another folder in the place of /proc; for tests.
+QString getAppOwnUsr(const std::string& processes);
 
 /// mode 1 deletes the file: -1 null or empty path, -2 no such file, -3 it cannot be deleted, 0
 /// done. Mode 0, and any other, does nothing and returns 0.
@@ -28,14 +30,18 @@ int com_del_file(const char* path, int mode);
 int com_copy_file(std::string source, std::string destination);
 
 /// Makes every missing folder of the path, mode 0777 whatever the umask. 0, or -1 at the first one
-/// that cannot be made, or when the path is longer than 254 bytes.
+/// that cannot be made, or when the path with its last slash is longer than 255 bytes.
 int createfolder(const char* path);
+
+/// The environment variable HOME; where it is unset or empty (a service, a device rule), the home
+/// folder that the system knows for the effective user.
+std::string homeFolder();
 
 /// Writes the last component of the home folder into the buffer and returns it. The buffer must
 /// hold that text; 256 bytes do.
 char* GetUserName(char* buffer);
 
 /// Wide text to the multibyte text of the environment's locale, and back. Text that cannot be
-/// converted gives an empty result.
+/// converted gives an empty result. GUI thread: both set the locale of the process.
 std::string u2a(const std::wstring& wide);
 std::wstring a2u(const std::string& text);

@@ -13,7 +13,6 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <filesystem>
@@ -30,12 +29,6 @@ std::tm localTime(TimePoint moment)
     std::tm local {};
     ::localtime_r(&seconds, &local);
     return local;
-}
-
-const char* homeFolder()
-{
-    const char* home = std::getenv("HOME");
-    return home == nullptr ? "" : home;
 }
 
 const char* resultText(int result)
@@ -100,7 +93,7 @@ void ITProLog::GetDefaultSavePath()
 {
     const std::lock_guard<std::mutex> guard(m_mutex);
     std::snprintf(
-        m_destination, sizeof m_destination, "%s/%s", homeFolder(), ".ORVA/TarvexBaseUI/");
+        m_destination, sizeof m_destination, "%s/%s", homeFolder().c_str(), ".ORVA/TarvexBaseUI/");
     std::printf("[func:%s] destHome = %s \n", __func__, m_destination);
 }
 
@@ -220,7 +213,8 @@ void ITProLog::GetComputerName(char* buffer, int size)
     }
     std::size_t length = std::strlen(line.data());
     line[length++] = '\n'; // counted as part of the line
-    std::printf("ITProLog::GetComputerName() nSize=%d,nlen=%d\n", size, static_cast<int>(length));
+    // KEPT: the two values stand under each other's name
+    std::printf("ITProLog::GetComputerName() nSize=%d,nlen=%d\n", static_cast<int>(length), size);
     if (static_cast<std::size_t>(size) >= length) {
         std::memcpy(buffer, line.data(), length - 1);
         buffer[length - 1] = '\0';

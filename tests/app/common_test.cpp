@@ -1,12 +1,9 @@
 #include "app/common.h"
 #include "tests/support/sandbox.h"
-#include "tests/support/wait.h"
 
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <pwd.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <clocale>
@@ -39,35 +36,6 @@ int modeOf(const std::string& path)
     return ::stat(path.c_str(), &status) == 0 ? static_cast<int>(status.st_mode & 07777U) : -1;
 }
 
-// A process with this text as its first argument. It ends when the object goes.
-class NamedProcess
-{
-public:
-    explicit NamedProcess(const char* name, uid_t user)
-        : m_process(::fork())
-    {
-        if (m_process == 0) {
-            if (user != ::getuid() && ::setuid(user) != 0) {
-                ::_exit(1);
-            }
-            ::execl("/bin/sleep", name, "60", nullptr);
-            ::_exit(1);
-        }
-        const std::string file = "/proc/" + std::to_string(m_process) + "/cmdline";
-        EXPECT_TRUE(waitUntil([&] { return readBytes(file).find(name) == 0; }));
-    }
-    ~NamedProcess()
-    {
-        ::kill(m_process, SIGKILL);
-        ::waitpid(m_process, nullptr, 0);
-    }
-    NamedProcess(const NamedProcess&) = delete;
-    NamedProcess& operator=(const NamedProcess&) = delete;
-
-private:
-    pid_t m_process;
-};
-
 } // namespace
 
 TEST(CreateFolder, makesEveryMissingFolderOpenToAllUsersWhateverTheUmask)
@@ -92,11 +60,12 @@ TEST(CreateFolder, refusesWhatItCannotMake)
     EXPECT_EQ(createfolder(Sandbox::path("file/below").c_str()), -1);
     EXPECT_EQ(createfolder(nullptr), -1);
 
-    // 254 bytes and the slash and the end fill the 256 bytes that paths have
+    // 254 bytes, the slash and the end fill the 256 bytes that paths have
     const std::string stem = Sandbox::path("");
     const std::string fits = stem + std::string(254 - stem.size(), 'd');
     EXPECT_EQ(createfolder(fits.c_str()), 0);
     EXPECT_TRUE(fileExists(fits));
+    EXPECT_EQ(createfolder((fits + "/").c_str()), 0);
     EXPECT_EQ(createfolder((fits + "d").c_str()), -1);
     EXPECT_FALSE(fileExists(fits + "d"));
 }
@@ -172,20 +141,29 @@ TEST(CopyFile, copiesEveryByteAndReportsFaults)
     EXPECT_EQ(com_copy_file(source, "/dev/full"), -2) << "disk full";
 }
 
+// On a list of processes of its own: what else runs on the machine has no say.
 TEST(AppOwner, isTheOwnerOfTheFirstProcessThatNamesTheApplication)
 {
-    ASSERT_EQ(::geteuid(), 0U) << "starting a process for another user needs the super-user";
+    ASSERT_EQ(::geteuid(), 0U) << "giving files to another user needs the super-user";
+    const Sandbox sandbox;
     const passwd* other = ::getpwnam("nobody");
     ASSERT_NE(other, nullptr);
-    const QString before = getAppOwnUsr();
-    {
-        // Two processes; the one with the lower number counts, whoever asks.
-        const NamedProcess first("x/TarvexBaseUI", other->pw_uid);
-        const NamedProcess second("TarvexBaseUI", ::getuid());
-        EXPECT_EQ(getAppOwnUsr(), QStringLiteral("nobody"));
-    }
-    EXPECT_EQ(getAppOwnUsr(), before);
-    EXPECT_FALSE(before.isEmpty());
+    const std::string listing = Sandbox::path("proc");
+    const auto addProcess = [&](const std::string& name, const std::string& arguments, uid_t user) {
+        writeBytes(listing + '/' + name + "/cmdline", arguments);
+        ASSERT_EQ(::chown((listing + '/' + name).c_str(), user, user), 0);
+    };
+    const std::string ownName = ::getpwuid(::geteuid())->pw_name;
+    addProcess("7", "/bin/sh", 4711);
+    addProcess("self", "TarvexBaseUI", 4711); // no process
+    EXPECT_EQ(getAppOwnUsr(listing).toStdString(), ownName) << "nobody names it";
+
+    addProcess("100", "TarvexBaseUI", 0);
+    addProcess("23", std::string("grep\0x/TarvexBaseUI\0-v", 22), other->pw_uid);
+    EXPECT_EQ(getAppOwnUsr(listing), QStringLiteral("nobody")) << "the lower number counts";
+    addProcess("3", std::string(5000, 'x') + "TarvexBaseUI", 4711);
+    EXPECT_EQ(getAppOwnUsr(listing), QStringLiteral("4711")) << "a user without a name";
+    EXPECT_FALSE(getAppOwnUsr().isEmpty());
 }
 
 TEST(GetUserName, isTheLastPartOfTheHomeFolder)
@@ -197,7 +175,9 @@ TEST(GetUserName, isTheLastPartOfTheHomeFolder)
     }
     {
         const ScopedEnvironment home("HOME", std::nullopt);
-        EXPECT_STREQ(GetUserName(buffer), "");
+        const std::string known = ::getpwuid(::geteuid())->pw_dir;
+        EXPECT_EQ(homeFolder(), known);
+        EXPECT_EQ(GetUserName(buffer), known.substr(known.rfind('/') + 1));
     }
     const ScopedEnvironment home("HOME", "/home/" + std::string(400, 'u'));
     EXPECT_EQ(std::string(GetUserName(buffer)).size(), 255U);

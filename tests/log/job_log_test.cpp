@@ -256,7 +256,10 @@ TEST_F(JobLogTest, computerNameFitsTheBufferItIsGiven)
 
     char whole[256];
     std::memset(whole, '#', sizeof whole);
+    ::testing::internal::CaptureStdout();
     m_log.GetComputerName(whole, sizeof whole);
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(),
+        "ITProLog::GetComputerName() nSize=" + std::to_string(name.size() + 1) + ",nlen=256\n");
     EXPECT_EQ(std::string(whole), name);
 
     std::memset(whole, '#', sizeof whole);
