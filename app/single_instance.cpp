@@ -22,9 +22,10 @@ constexpr mode_t kFileMode = 0644;
 constexpr mode_t kSharedMode = 0777;
 
 // Descriptors are closed on exec, so that a viewer that the application starts does not hold files.
+// All users may write the folder: a link in the file's place would have somebody's file emptied.
 int openPidFile(const char* path)
 {
-    return ::open(path, O_RDWR | O_CREAT | O_CLOEXEC, kFileMode);
+    return ::open(path, O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, kFileMode);
 }
 
 // The decimal id and its terminating zero byte.
@@ -64,7 +65,7 @@ int process_already_running()
         }
         std::exit(1);
     }
-    if (::chmod(chHomePath, kSharedMode) != 0) {
+    if (::fchmod(descriptor, kSharedMode) != 0) {
         runLog("[func:%s]chHomePath:%s chmod fail!", __func__, chHomePath);
     }
     if (lock_reg(descriptor, F_SETLK, F_WRLCK, 0, SEEK_SET, 0) != 0) {
@@ -87,7 +88,7 @@ void process_control_uninstall()
             std::strerror(errno));
         return;
     }
-    if (::chmod(path.data(), kSharedMode) != 0) {
+    if (::fchmod(descriptor, kSharedMode) != 0) {
         runLog("[func:%s]pidfile:%s chmod fail!", __func__, path.data());
         return; // KEPT: the descriptor stays as it is
     }

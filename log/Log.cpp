@@ -11,8 +11,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <filesystem>
@@ -74,20 +74,46 @@ bool appendLine(const char* path, const char* mode, const char* message)
     return true;
 }
 
-bool overwrite(std::FILE* file, long size, char value)
+// Other users may write the folder of a log: a link in its place is never followed to somebody's
+// file, and a pipe in its place is never waited for.
+int openInPlace(const char* path, int access)
+{
+    return ::open(path, access | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+}
+
+bool overwrite(std::FILE* file, off_t size, char value)
 {
     std::array<char, kWipeBlock> block {};
     block.fill(value);
-    for (long left = size; left > 0;) {
+    for (off_t left = size; left > 0;) {
         const std::size_t part =
             std::min<std::size_t>(static_cast<std::size_t>(left), block.size());
         if (std::fwrite(block.data(), 1, part, file) != part) {
             return false;
         }
-        left -= static_cast<long>(part);
+        left -= static_cast<off_t>(part);
     }
     // Each pass has to reach the disk: a second pass over a cached first one would wipe nothing.
     return std::fflush(file) == 0 && ::fdatasync(::fileno(file)) == 0;
+}
+
+// Zero bytes, then bytes of value 1, over every byte of a regular file. It is not truncated first:
+// that would free the old blocks and wipe new ones.
+void wipeBytes(const char* path)
+{
+    const int descriptor = openInPlace(path, O_WRONLY);
+    std::FILE* file = descriptor < 0 ? nullptr : ::fdopen(descriptor, "wb");
+    if (file == nullptr) {
+        return;
+    }
+    struct stat status
+    {
+    };
+    if (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0
+        && overwrite(file, status.st_size, '\0') && std::fseek(file, 0, SEEK_SET) == 0) {
+        overwrite(file, status.st_size, '\1');
+    }
+    std::fclose(file);
 }
 
 // Whether another process holds the instance lock. Closing the descriptor drops the locks that this
@@ -95,7 +121,7 @@ bool overwrite(std::FILE* file, long size, char value)
 bool anotherCopyRuns()
 {
     const std::string pidFile = std::string(install_paths::kConfigFolder) + "TarvexBaseUI.pid";
-    const int descriptor = ::open(pidFile.c_str(), O_RDONLY | O_CLOEXEC);
+    const int descriptor = openInPlace(pidFile.c_str(), O_RDONLY);
     if (descriptor < 0) {
         return false;
     }
@@ -203,21 +229,13 @@ void CLog::DeleteLogFile(const char* path)
     if (path == nullptr) {
         return;
     }
-    std::FILE* reader = std::fopen(path, "rbe");
-    if (reader == nullptr) {
+    const int reader = openInPlace(path, O_RDONLY);
+    if (reader < 0 && errno != ELOOP) {
         return;
     }
-    std::fseek(reader, 0, SEEK_END);
-    const long size = std::ftell(reader);
-    std::fclose(reader);
-    if (size > 0) {
-        // "r+", not "w": truncating first would free the old blocks and wipe new ones.
-        if (std::FILE* file = std::fopen(path, "r+be")) {
-            if (overwrite(file, size, '\0') && std::fseek(file, 0, SEEK_SET) == 0) {
-                overwrite(file, size, '\1');
-            }
-            std::fclose(file);
-        }
+    if (reader >= 0) {
+        ::close(reader);
+        wipeBytes(path);
     }
     ::unlink(path);
 }
@@ -250,9 +268,7 @@ std::string CLog::dayLogFile()
 {
     std::array<char, 256> program {};
     LinuxGetModuleFileName(program.data(), static_cast<int>(program.size()));
-    const char* home = std::getenv("HOME");
-    const std::string folder =
-        std::string(home == nullptr ? "" : home) + "/.ORVA/TarvexBaseUI/" + program.data() + "/Log";
+    const std::string folder = homeFolder() + "/.ORVA/TarvexBaseUI/" + program.data() + "/Log";
     std::error_code ignored;
     std::filesystem::create_directories(folder, ignored);
 

@@ -36,7 +36,8 @@ public:
     /// Not to be called by the process that holds the instance lock: the look at the lock would
     /// release it.
     void CreateLogFile(const char* ignored);
-    /// Overwrites the file with zero bytes, then with bytes of value 1, and removes it.
+    /// Overwrites the file with zero bytes, then with bytes of value 1, and removes it. Of a link,
+    /// or of anything else that is no regular file, only the name goes.
     void DeleteLogFile(const char* path);
     /// File name of the running executable, without its folder. -1 when it cannot be told.
     int LinuxGetModuleFileName(char* buffer, int size);

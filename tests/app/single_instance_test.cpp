@@ -14,10 +14,13 @@
 #include <array>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 
 using ::testing::HasSubstr;
 
 namespace {
+
+constexpr uid_t kNobody = 65534;
 
 std::string pidFile()
 {
@@ -114,6 +117,51 @@ TEST(SingleInstance, pidFileThatCannotBeOpenedEndsTheProcessWithStatusOne)
     EXPECT_THAT(Sandbox::runLog(),
         HasSubstr("return fd = -1, can't open " + Sandbox::path("no/folder/x.pid")
             + ": No such file or directory\n"));
+}
+
+TEST(SingleInstance, aLinkInThePidFilesPlaceIsNotFollowed)
+{
+    const Sandbox sandbox;
+    nameTheLock();
+    const std::string other = Sandbox::path("somebody's file");
+    writeBytes(other, "keep me");
+    ASSERT_EQ(::chmod(other.c_str(), 0600), 0);
+    std::filesystem::create_symlink(other, pidFile());
+    EXPECT_EXIT(process_already_running(), ::testing::ExitedWithCode(1), "");
+    std::filesystem::create_symlink(
+        other, std::string(install_paths::kDataRoot) + ".config/tarvex-base.pid");
+    process_control_uninstall();
+    EXPECT_EQ(readBytes(other), "keep me");
+    EXPECT_EQ(modeOf(other), 0600);
+}
+
+// The file belongs to the user who was first on this machine.
+TEST(SingleInstance, anotherUserTakesTheLockAllTheSame)
+{
+    const Sandbox sandbox;
+    nameTheLock();
+    const std::string uninstall = std::string(install_paths::kDataRoot) + ".config/tarvex-base.pid";
+    for (const std::string& file : { pidFile(), uninstall, Sandbox::runLogFile() }) {
+        writeBytes(file, "");
+        ASSERT_EQ(::chmod(file.c_str(), 0777), 0);
+    }
+    ASSERT_EQ(::geteuid(), 0U) << "changing the user needs the super-user";
+    const pid_t other = ::fork();
+    if (other == 0) {
+        const bool changed = ::setgid(kNobody) == 0 && ::setuid(kNobody) == 0;
+        const int result = process_already_running();
+        process_control_uninstall();
+        ::_exit(changed && result == 0 ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(::waitpid(other, &status, 0), other);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(readBytes(pidFile()), idBytes(other));
+    EXPECT_EQ(readBytes(uninstall), "") << "left alone where its mode cannot be set";
+    EXPECT_THAT(Sandbox::runLog(),
+        HasSubstr("[func:process_already_running]chHomePath:" + pidFile() + " chmod fail!\n"));
+    EXPECT_THAT(Sandbox::runLog(),
+        HasSubstr("[func:process_control_uninstall]pidfile:" + uninstall + " chmod fail!\n"));
 }
 
 TEST(SingleInstance, uninstallFileHoldsTheIdAndIsNotLocked)

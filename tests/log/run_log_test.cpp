@@ -11,7 +11,6 @@
 #include <chrono>
 #include <ctime>
 #include <filesystem>
-#include <regex>
 #include <sstream>
 #include <thread>
 
@@ -72,8 +71,8 @@ TEST(RunLog, aLineIsTheTimeATabABlankAndTheMessageWhateverTheTag)
     Log.Add("another tag", "%s", "second");
     const std::vector<std::string> lines = linesOf(Sandbox::runLog());
     ASSERT_EQ(lines.size(), 3U);
-    const std::regex time("([01][0-9]|2[0-3]):[0-5][0-9]:[0-5][0-9]:[0-9]{3}");
-    EXPECT_TRUE(std::regex_match(lines[0].substr(0, 12), time)) << lines[0];
+    EXPECT_THAT(
+        lines[0].substr(0, 12), MatchesRegex("([01][0-9]|2[0-3]):[0-5][0-9]:[0-5][0-9]:[0-9]{3}"));
     EXPECT_EQ(lines[0].substr(12), "\t [func:onStartScan] 扫描 7%");
     EXPECT_EQ(lines[1].substr(12), "\t second");
     EXPECT_EQ(lines[2].substr(12), "\t second");
@@ -170,6 +169,25 @@ TEST(RunLogWipe, overwritesEveryByteBeforeItRemovesTheFile)
     EXPECT_FALSE(fileExists(Sandbox::path("empty")));
     log.DeleteLogFile(nullptr);
     log.DeleteLogFile(Sandbox::path("none").c_str());
+}
+
+// All users of the machine may write the folder that holds the log.
+TEST(RunLogWipe, neverFollowsALinkAndNeverWaitsForAPipe)
+{
+    const Sandbox sandbox;
+    CLog log(0);
+    const std::string other = Sandbox::path("somebody's file");
+    const std::string link = Sandbox::path("link");
+    writeBytes(other, "keep me");
+    fs::create_symlink(other, link);
+    log.DeleteLogFile(link.c_str());
+    EXPECT_FALSE(fs::is_symlink(link));
+    EXPECT_EQ(readBytes(other), "keep me");
+
+    const std::string pipe = Sandbox::path("pipe");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0666), 0);
+    log.DeleteLogFile(pipe.c_str());
+    EXPECT_FALSE(fileExists(pipe));
 }
 
 TEST(Levels, comeFromTheLevelFileWhereEnableIsExactlyOne)
