@@ -15,36 +15,34 @@
 // A script is lines of fields divided by "|"; an unknown or malformed line ends the process with a
 // message on standard error, so that no test passes by a typing error:
 //
-//   reset                               factory state, recorded calls forgotten, a running job
-//   ended devices|clear device|NAME|VIDPID|SN|VERSION1|VERSION2|CLASS sources|clear and source|NAME
-//   papers|clear                        and   paper|NAME|LEFT|TOP|WIDTH|HEIGHT     millimetres
-//   resolutions|clear                   and   resolution|NAME|X|Y
+//   reset                           factory state, recorded calls forgotten, a running job ended
+//   devices|clear                   and   device|NAME|VIDPID|SN|VERSION1|VERSION2|CLASS
+//   sources|clear                   and   source|NAME
+//   papers|clear                    and   paper|NAME|LEFT|TOP|WIDTH|HEIGHT     millimetres
+//   resolutions|clear               and   resolution|NAME|X|Y
 //       "paper@1|..." and "resolution@1|..." belong to source index 1 only; a source that has some
 //       of its own shows none of the common ones
-//   filetypes|clear                     and   filetype|BRIGHTNESS|CONTRAST|THRESHOLD|GAMMA10
-//   json|TEXT                           what GetDevInfo writes (the rest of the line, may hold
-//   "|"); a
-//                                       text of SIZE bytes or more is cut at SIZE - 1
-//   json-unterminated|TEXT              the same, but all SIZE bytes are used and no end is written
-//   times|SLEEP|AUTOOFF                 what GetScannerSleepTime answers
-//   havepaper|N                         what HavePaper answers
-//   button|N                            one more press: GetButtonStatus answers it once, then 0
-//   again
-//                                       (always 0 while a job runs)
-//   result|ENTRY|CODE                   ENTRY answers CODE and does nothing else (Scan runs its job
-//   result|ENTRY|CODE|TIMES             first); with TIMES only so often. CODE "normal" undoes it
-//   delay|ENTRY|MS                      ENTRY waits before it does anything
-//   job|clear                           the steps of the next jobs; each job plays them all:
-//   step|state|STATE|PAGE|FILE          state callback, FILE may be empty
-//   step|image|NAME|WIDTH|HEIGHT        writes a picture of that name into FileParam::szFilePath,
-//   then
-//                                       the state callback with state 2 and its full path
-//   step|error|CODE                     error callback
-//   step|sleep|MS                       (a cancel ends it)
-//   step|wait                           until release or CancelScan
-//   job|end-twice, job|no-end           faults; normally state -1 is reported once, after the last
-//   step release                             the job that waits, or the next wait, goes on
-//   fire|state|STATE|PAGE|FILE          a callback outside any job, from a thread of the library
+//   filetypes|clear                 and   filetype|BRIGHTNESS|CONTRAST|THRESHOLD|GAMMA10
+//   json|TEXT                       what GetDevInfo writes (the rest of the line, may hold "|");
+//                                   a text of SIZE bytes or more is cut at SIZE - 1
+//   json-unterminated|TEXT          the same, but all SIZE bytes are used and no end is written
+//   times|SLEEP|AUTOOFF             what GetScannerSleepTime answers
+//   havepaper|N                     what HavePaper answers
+//   button|N                        one more press: GetButtonStatus answers it once, then 0 again
+//                                   (always 0 while a job runs)
+//   result|ENTRY|CODE               ENTRY answers CODE and does nothing else (Scan runs its job
+//   result|ENTRY|CODE|TIMES         first); with TIMES only so often. CODE "normal" undoes it
+//   delay|ENTRY|MS                  ENTRY waits before it does anything
+//   job|clear                       the steps of the next jobs; each job plays them all:
+//   step|state|STATE|PAGE|FILE      state callback, FILE may be empty
+//   step|image|NAME|WIDTH|HEIGHT    writes a picture of that name into FileParam::szFilePath,
+//                                   then the state callback with state 2 and its full path
+//   step|error|CODE                 error callback
+//   step|sleep|MS                   (a cancel ends it)
+//   step|wait                       until release or CancelScan
+//   job|end-twice, job|no-end       faults; normally state -1 is reported once, after the last step
+//   release                         the job that waits, or the next wait, goes on
+//   fire|state|STATE|PAGE|FILE      a callback outside any job, from a thread of the library
 //   fire|error|CODE
 //
 // Jobs: Scan plays the steps on a thread of the library and returns when the last callback has
