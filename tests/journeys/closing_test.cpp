@@ -1,0 +1,91 @@
+// Every way out ends with status 0 within five seconds and keeps what is finished.
+#include "tests/journeys/cards.h"
+#include "tests/journeys/journey.h"
+#include "tests/support/wait.h"
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+
+using namespace std::chrono_literals;
+using ::testing::ElementsAre;
+
+namespace {
+
+class ClosingJourney : public Journey
+{
+protected:
+    WindowId deviceDialog()
+    {
+        start();
+        const WindowId devices = display().wait(titles::kDevices, 60s);
+        EXPECT_NE(devices, 0U);
+        return devices;
+    }
+};
+
+} // namespace
+
+TEST_F(ClosingJourney, deviceDialogByItsCancelButton)
+{
+    display().click(deviceDialog(), -40, -30);
+    expectCleanEnd();
+}
+
+TEST_F(ClosingJourney, deviceDialogByEscape)
+{
+    display().key(deviceDialog(), "Escape");
+    expectCleanEnd();
+}
+
+TEST_F(ClosingJourney, deviceDialogByItsTitleBar)
+{
+    display().pressCloseButton(deviceDialog());
+    expectCleanEnd();
+}
+
+TEST_F(ClosingJourney, mainWindowByItsButtonWritesTheSettings)
+{
+    openMainWindow();
+    ASSERT_FALSE(fileExists(settingsFile())) << "first use";
+    display().click(mainWindow(), -50, -30); // 退出
+    expectCleanEnd();
+    EXPECT_EQ(setting("firstStart").toInt(), 1);
+    EXPECT_EQ(setting("ScanDeviceName").toString(), QString(kVirtualScanner));
+    EXPECT_TRUE(setting("IsTimeSave").toBool()) << "factory values";
+}
+
+TEST_F(ClosingJourney, mainWindowByItsTitleBarWritesTheSettings)
+{
+    writeSettings({ { "FileNameHead", "Kept" }, { "logicBoxSetLigh", 12 } });
+    openMainWindow();
+    display().pressCloseButton(mainWindow());
+    expectCleanEnd();
+    EXPECT_EQ(setting("FileNameHead").toString(), "Kept");
+    EXPECT_EQ(setting("logicBoxSetLigh").toInt(), 12);
+}
+
+TEST_F(ClosingJourney, titleBarWhileAScanRunsKeepsFinishedFiles)
+{
+    writeSettings();
+    loadSheets(4);
+    scanner({ "fault", "slow", "--ms", "700" });
+    openMainWindow();
+    pressScan();
+    ASSERT_TRUE(waitUntil([this] { return fileExists(folder() + "/Card-008.jpg"); }, 30s));
+    // the progress dialog is in front until it is put away
+    const WindowId progress = display().wait(titles::kScanning);
+    ASSERT_NE(progress, 0U);
+    display().key(progress, "Escape");
+    display().pressCloseButton(mainWindow());
+    expectCleanEnd();
+    expectNoLeftovers();
+    int side = 0;
+    for (const std::string& name : namesIn(folder())) {
+        const QImage page(QString::fromStdString(folder() + "/" + name));
+        EXPECT_LT(cards::distance(page, cards::picture(++side, 100)), 3) << name;
+    }
+    EXPECT_GE(side, 2);
+    EXPECT_LT(side, 8);
+    EXPECT_EQ(setting("FileStartBit").toInt(), 7 + side) << "none of them is written over";
+}
