@@ -47,13 +47,49 @@ TEST(Spool, aDeadJobCanBeTakenOverALivingOneNot)
     EXPECT_FALSE(std::filesystem::exists(dead));
 }
 
-TEST(Spool, aRootThatCannotBeUsedIsReplacedByTheTemporaryFolder)
+TEST(Spool, aRootThatCannotBeUsedIsReplacedByTheUsersOwnTemporaryFolder)
 {
     const TemporaryFolder folder;
+    const TemporaryFolder temporary;
+    setenv("TMPDIR", temporary.path().c_str(), 1);
+    const std::filesystem::path unusable = folder.path() / "file" / "spool";
     writeFile(folder.path() / "file", "");
+    {
+        SpoolFolder job;
+        ASSERT_TRUE(job.create(unusable).ok());
+        EXPECT_EQ(job.path().string().rfind(temporary.path().string(), 0), 0U);
+        EXPECT_EQ(spoolFolders(unusable), std::vector<std::filesystem::path> { job.path() });
+        for (const std::filesystem::path& each : { job.path(), job.path().parent_path() }) {
+            EXPECT_EQ(
+                std::filesystem::status(each).permissions(), std::filesystem::perms::owner_all)
+                << each;
+        }
+        job.remove();
+    }
+    // Somebody else has put a link or a folder of his own there.
+    const std::filesystem::path own = temporary.path() / namesIn(temporary.path()).front();
+    std::filesystem::remove(own);
+    std::filesystem::create_directory_symlink(folder.path(), own);
     SpoolFolder job;
-    ASSERT_TRUE(job.create(folder.path() / "file" / "spool").ok());
-    EXPECT_EQ(job.path().string().rfind(std::filesystem::temp_directory_path().string(), 0), 0U);
+    EXPECT_FALSE(job.create(unusable).ok());
+    unsetenv("TMPDIR");
+}
+
+TEST(Spool, theSharedRootTakesEveryUserAndAJobIsItsUsersAlone)
+{
+    const TemporaryFolder folder;
+    SpoolFolder job;
+    ASSERT_TRUE(job.create(folder.path() / "a" / "spool").ok());
+    using std::filesystem::perms;
+    EXPECT_EQ(std::filesystem::status(folder.path() / "a" / "spool").permissions(),
+        perms::all | perms::sticky_bit);
+    EXPECT_EQ(std::filesystem::status(job.path()).permissions(), perms::owner_all);
+    std::filesystem::path payload;
+    ASSERT_TRUE(job.store("page-1", { 1 }, payload).ok());
+    EXPECT_EQ(
+        std::filesystem::status(payload).permissions(), perms::owner_read | perms::owner_write);
+    EXPECT_FALSE(job.store("page-1", { 2 }, payload).ok()) << "what is there is not written into";
+    EXPECT_EQ(contentOf(payload), "\1");
     job.remove();
 }
 
@@ -73,5 +109,14 @@ TEST(Spool, aFullDiskIsToldAndLeavesNoHalfPage)
     std::signal(SIGXFSZ, oldHandler);
     EXPECT_EQ(status.code(), kDiskFull);
     EXPECT_FALSE(std::filesystem::exists(file));
+
+    // Half a line fits; the next one, when there is room again, must not become its end.
+    setrlimit(RLIMIT_FSIZE, &small);
+    std::signal(SIGXFSZ, SIG_IGN);
+    EXPECT_EQ(job.note(std::string(5000, 'x')).code(), kDiskFull);
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, oldHandler);
+    EXPECT_TRUE(job.note("next").ok());
+    EXPECT_EQ(job.journal().back(), "next");
     job.remove();
 }

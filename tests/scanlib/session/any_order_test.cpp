@@ -1,0 +1,161 @@
+// Faults of the device, the image work, the disk and the operator in any combination: each side
+// that was reported is in exactly one file, at the latest after the next start, and no other is.
+#include "scanlib/session/job_journal.h"
+#include "scanlib/session/recovery.h"
+#include "tests/scanlib/session/fakes.h"
+
+#include <future>
+#include <random>
+#include <thread>
+
+using namespace fakes;
+using namespace orva;
+
+namespace {
+
+class AnyOrder : public SessionTest
+{
+protected:
+    void waitForRecovery()
+    {
+        const auto deadline = std::chrono::steady_clock::now() + 20s;
+        while (!namesIn(folder.path() / "spool").empty()
+            && std::chrono::steady_clock::now() < deadline) {
+            std::this_thread::sleep_for(2ms);
+        }
+    }
+    EncodedPage page(int number, const std::string& text)
+    {
+        EncodedPage result;
+        result.number = number;
+        result.bytes.assign(text.begin(), text.end());
+        return result;
+    }
+    OutputSettings settings() const
+    {
+        OutputSettings result;
+        result.folder = output;
+        result.naming.timeNamed = false;
+        result.naming.serialStart = "007";
+        return result;
+    }
+};
+
+} // namespace
+
+TEST_F(AnyOrder, whatIsReportedIsSavedOnceAndNothingElse)
+{
+    std::mt19937 random(23);
+    const auto oneOf = [&](int choices) { return static_cast<int>(random() % choices); };
+    int failed = 0;
+    for (int round = 0; round < 60; ++round) {
+        device.sheets = 4 + oneOf(12);
+        device.duplex = oneOf(2) == 0;
+        const int sides = device.sheets * (device.duplex ? 2 : 1);
+        const auto aSide = [&] { return 1 + oneOf(sides); };
+        device.faultAtSide.clear();
+        if (oneOf(3) == 0) {
+            const ResultCode codes[] = { kPaperJam, kDeviceLost, kNoPaper, kCancelled,
+                kDamagedPage };
+            device.faultAtSide[aSide()] = codes[oneOf(5)];
+        }
+        pages.failOperationsAt = oneOf(4) == 0 ? aSide() : 0;
+        pages.failWriterAtPage = oneOf(3) == 0 ? aSide() : 0;
+        pages.wholeSheets = oneOf(3) == 0;
+        const int throwing = oneOf(5) == 0 ? aSide() : 0;
+        const unsigned jitter = static_cast<unsigned>(random());
+        pages.duringEncode = [=](int number) {
+            std::this_thread::sleep_for(
+                std::chrono::microseconds((jitter >> (number % 16)) % 1500));
+            if (number == throwing) {
+                throw std::bad_alloc();
+            }
+        };
+        const bool multiPage = oneOf(2) == 0;
+        choose({ multiPage ? FileFormat::kPdf : FileFormat::kJpg, multiPage });
+        Recorder::instance().reset();
+
+        auto job = std::async(std::launch::async, [&] { return session->scan(); });
+        const bool closing = oneOf(4) == 0;
+        if (closing || oneOf(3) == 0) {
+            std::this_thread::sleep_for(std::chrono::microseconds(random() % 8000));
+            closing ? session->unInit() : session->cancelScan();
+        }
+        const int code = job.get();
+        failed += code != kOk && code != kCancelled ? 1 : 0;
+        const int reported = Recorder::instance().count(1);
+        if (code != kBusy && code != kNotInitialised) { // closed before it began
+            EXPECT_EQ(Recorder::instance().count(-1), 1);
+            EXPECT_EQ(Recorder::instance().events().back().state, -1);
+            EXPECT_EQ(Recorder::instance().count(kErrorEvent), code != kOk && code != kCancelled);
+        }
+        pages.failWriterAtPage = 0;
+        restart();
+        waitForRecovery();
+        std::vector<int> saved = savedPages();
+        std::sort(saved.begin(), saved.end());
+        EXPECT_EQ(saved, upTo(reported)) << "round " << round << ", code " << code;
+        EXPECT_TRUE(namesIn(folder.path() / "spool").empty());
+        EXPECT_EQ(namesIn(output), visibleNames());
+        std::filesystem::remove_all(output);
+        std::filesystem::create_directory(output);
+    }
+    EXPECT_GT(failed, 15) << "the test must meet faults";
+}
+
+TEST_F(AnyOrder, theNamesOfRecoveredPagesGoOnWhereTheJobStopped)
+{
+    device.sheets = 5;
+    pages.failWriterAtPage = 3;
+    EXPECT_EQ(session->scan(), kDiskFull);
+    const int reported = Recorder::instance().count(1);
+    pages.failWriterAtPage = 0;
+    restart();
+    ASSERT_TRUE(waitForFiles(static_cast<std::size_t>(reported)));
+    EXPECT_EQ(savedPages(), upTo(reported)) << "in the order of their names";
+    EXPECT_EQ(visibleNames().back(), "00" + std::to_string(reported) + ".jpg");
+}
+
+TEST_F(AnyOrder, recoveryPassesOverADamagedPayloadAndSavesTheOthers)
+{
+    session.reset();
+    const std::filesystem::path spool = folder.path() / "spool";
+    {
+        JobJournal dead;
+        ASSERT_TRUE(dead.begin(spool, settings()).ok());
+        for (int number = 1; number <= 3; ++number) {
+            EncodedPage stored = page(number, "page " + std::to_string(number) + "\n");
+            ASSERT_TRUE(dead.store(stored).ok());
+            if (number == 2) {
+                std::filesystem::resize_file(stored.file, 0); // the power went
+            }
+        }
+    }
+    EXPECT_EQ(recoverJobs(spool, fakeTools(pages), CancelToken()), 2);
+    EXPECT_EQ(savedPages(), (std::vector<int> { 1, 3 }));
+}
+
+TEST_F(AnyOrder, aCommitThatFailedTakesNoPageWithIt)
+{
+    session.reset();
+    JobJournal journal;
+    ASSERT_TRUE(journal.begin(folder.path() / "spool", settings()).ok());
+    std::vector<EncodedPage> all { page(1, "one"), page(2, "two") };
+    for (EncodedPage& each : all) {
+        ASSERT_TRUE(journal.store(each).ok());
+    }
+    const std::filesystem::path hidden = output / ".007.pdf.part";
+    const std::filesystem::path file = output / "007.pdf";
+    writeFile(hidden, "both");
+    journal.noteCommit(hidden, file, all);
+    journal.noteCommitFailed();
+    // The document is made again of the first page, and the disk gives out the same inode.
+    const std::vector<EncodedPage> first(all.begin(), all.begin() + 1);
+    journal.noteCommit(hidden, file, first);
+    std::filesystem::rename(hidden, file);
+    const JobJournal::Leftover left = journal.leftover();
+    ASSERT_EQ(left.unsaved.size(), 1U);
+    EXPECT_EQ(left.unsaved.front().number, 2);
+    EXPECT_EQ(left.files, 1U);
+    journal.remove();
+}
