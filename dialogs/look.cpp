@@ -32,9 +32,9 @@ QPalette palette()
     for (const QPalette::ColorRole role :
         { QPalette::WindowText, QPalette::Text, QPalette::ButtonText }) {
         colors.setColor(role, QColor(0x1f2937));
-        colors.setColor(QPalette::Disabled, role, QColor(0x8c96a5));
+        colors.setColor(QPalette::Disabled, role, QColor(0x6f7988));
     }
-    colors.setColor(QPalette::PlaceholderText, QColor(0x8c96a5));
+    colors.setColor(QPalette::PlaceholderText, QColor(0x6f7988));
     return colors;
 }
 

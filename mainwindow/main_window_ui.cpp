@@ -11,6 +11,7 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QShortcut>
+#include <QStyledItemDelegate>
 #include <QTabBar>
 
 namespace {
@@ -69,6 +70,10 @@ void addPage(QTabWidget* tabs, Form* form, WheelGuard* guard, const char* iconNa
     scroll->setWidgetResizable(true);
     scroll->setFocusPolicy(Qt::NoFocus);
     scroll->setWidget(page);
+    for (QComboBox* list : page->findChildren<QComboBox*>()) {
+        // its own kind of delegate would not follow the style sheet
+        list->setItemDelegate(new QStyledItemDelegate(list));
+    }
     const int index =
         tabs->addTab(scroll, look::icon(QLatin1String(iconName)), page->windowTitle());
 
@@ -148,6 +153,10 @@ void MainWindowUi::setupUi(QMainWindow* window)
 
     setValidator(fileNamePreEdit, "[a-zA-Z0-9]*");
     setValidator(nameNoSerialEdit, "[a-zA-Z0-9]+$");
+
+    for (QLineEdit* path : { filePathEdit, LogFilePathEdit }) {
+        QObject::connect(path, &QLineEdit::textChanged, path, &QLineEdit::setToolTip);
+    }
 
     // From the pages on to the buttons below them, from left to right.
     QWidget::setTabOrder(button_clear_tmpdata, templateBtn);
