@@ -7,10 +7,11 @@
 
 namespace {
 
-void tell(const QString& title, const QString& text)
+void tell(const QWidget& dialog, const QString& title, const QString& text)
 {
     StatusMessageBox box;
     box.CustomMsgBox(title, text);
+    box.placeOver(dialog);
     box.exec();
 }
 
@@ -40,18 +41,18 @@ void changepwd::on_btn_ok_clicked()
     switch (AccountFile().change(
         m_ui->lineEdit_old->text(), m_ui->lineEdit_new->text(), m_ui->lineEdit_confirm->text())) {
     case AccountFile::Change::kWrongOldPassword:
-        tell(error, QStringLiteral("原密码输入错误!"));
+        tell(*this, error, QStringLiteral("原密码输入错误!"));
         askAgain(*m_ui->lineEdit_old);
         break;
     case AccountFile::Change::kNewDiffersFromConfirmation:
-        tell(error, QStringLiteral("新密码与确认密码\n不相同!"));
+        tell(*this, error, QStringLiteral("新密码与确认密码\n不相同!"));
         askAgain(*m_ui->lineEdit_confirm);
         break;
     case AccountFile::Change::kNotWritten:
-        tell(error, QStringLiteral("新密码设置失败,\n密码没有改变!"));
+        tell(*this, error, QStringLiteral("新密码设置失败,\n密码没有改变!"));
         break;
     case AccountFile::Change::kDone:
-        tell(QStringLiteral("正确"), QStringLiteral("新密码设置成功!"));
+        tell(*this, QStringLiteral("正确"), QStringLiteral("新密码设置成功!"));
         for (QLineEdit* field :
             { m_ui->lineEdit_old, m_ui->lineEdit_new, m_ui->lineEdit_confirm }) {
             field->clear();

@@ -26,6 +26,7 @@ void login::on_ptn_ok_clicked()
         std::fflush(stdout);
         StatusMessageBox box;
         box.CustomMsgBox(QStringLiteral("错误"), QStringLiteral("输入密码错误!"));
+        box.placeOver(*this);
         box.exec();
         m_ui->lineEdit_pwd->selectAll();
         m_ui->lineEdit_pwd->setFocus();

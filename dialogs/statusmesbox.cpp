@@ -81,6 +81,11 @@ void StatusMessageBox::CustomMsgBox(QString title, QString text)
     setText(text);
 }
 
+void StatusMessageBox::placeOver(const QWidget& dialog)
+{
+    move(dialog.geometry().center() - QRect(QPoint(), kBoxSize).center());
+}
+
 void StatusMessageBox::ShowStatusInfo(int code, int scanPage, int dealPage, int ocrPage)
 {
     switch (code) {

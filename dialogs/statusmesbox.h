@@ -29,6 +29,9 @@ public:
     /// Prepares the box as a progress report; codes and texts are those of the progress dialog.
     void ShowStatusInfo(int code, int scanPage, int dealPage, int ocrPage);
 
+    /// Moves the box to the middle of the dialog that it belongs to.
+    void placeOver(const QWidget& dialog);
+
     QPushButton* cancelButton() const { return m_cancelButton; }
 
 public slots:

@@ -43,10 +43,11 @@ bool isWritable(const QString& folder)
     return checkWritable(QFile::encodeName(folder).constData()) == 0;
 }
 
-void tell(const QString& text)
+void tell(const QWidget& page, const QString& text)
 {
     StatusMessageBox box;
     box.CustomMsgBox(QStringLiteral("日志配置设置"), text);
+    box.placeOver(page);
     box.exec();
 }
 
@@ -153,13 +154,13 @@ void logmanagement::on_SetLogSavePathBth_clicked()
     }
     const QString folder = dialog.selectedFiles().constFirst();
     if (!isWritable(folder)) {
-        tell(QStringLiteral("日志路径设置失败!"));
+        tell(*this, QStringLiteral("日志路径设置失败!"));
         return;
     }
     m_ui->LogFilePathEdit->setText(folder);
     writeSetting();
     onSetLogConfig();
-    tell(QStringLiteral("日志路径设置成功!"));
+    tell(*this, QStringLiteral("日志路径设置成功!"));
 }
 
 void logmanagement::on_button_log_controller_clicked()
