@@ -13,7 +13,7 @@ namespace {
 
 constexpr int kMostDots = 6;
 constexpr int kIconSize = 64;
-constexpr int kTextPointSize = 10;
+constexpr int kSplashPointSize = 10;
 
 QString searchText(int dots)
 {
@@ -38,7 +38,7 @@ splashScreen::splashScreen(QWidget* parent)
     iconLabel->setPixmap(look::pixmap(look::appIcon(), kIconSize, this));
 
     QFont font = m_searchLabel->font();
-    font.setPointSize(kTextPointSize);
+    font.setPointSize(kSplashPointSize);
     m_searchLabel->setFont(font);
     m_searchLabel->setObjectName(QStringLiteral("searchLabel"));
     m_searchLabel->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);

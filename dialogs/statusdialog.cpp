@@ -12,7 +12,7 @@
 namespace {
 
 /// The smallest size; text and button that need more room make the dialog larger.
-constexpr QSize kDialogSize(165, 134);
+constexpr QSize kProgressSize(165, 134);
 constexpr QSize kLabelSize(131, 71);
 constexpr QSize kButtonSize(80, 22);
 constexpr int kSideMargin = 16;
@@ -110,7 +110,7 @@ void StatusDialog::fitToText()
     const QSize button = kButtonSize.expandedTo(ui->pushButton->sizeHint());
     const QSize needed(std::max(label.width(), button.width()) + 2 * kSideMargin,
         kTopMargin + label.height() + kGap + button.height() + kBottomMargin);
-    const QSize whole = kDialogSize.expandedTo(needed);
+    const QSize whole = kProgressSize.expandedTo(needed);
     setMinimumSize(whole);
     resize(size().expandedTo(whole));
 

@@ -1,5 +1,6 @@
 // BMP: file header, information header of 40 bytes, palette, rows from the bottom up in multiples
 // of four bytes, all numbers little-endian.
+#include "scanlib/base/units.h"
 #include "scanlib/writers/encoders.h"
 
 #include <cmath>
@@ -11,7 +12,6 @@ namespace orva {
 namespace {
 
 constexpr std::uint32_t kHeadersBytes = 14 + 40;
-constexpr double kInchesPerMetre = 1000 / 25.4;
 
 class LittleEndian
 {
@@ -35,7 +35,7 @@ private:
 
 std::uint32_t dotsPerMetre(double dpi)
 {
-    return dpi > 0 ? static_cast<std::uint32_t>(std::lround(dpi * kInchesPerMetre)) : 0;
+    return dpi > 0 ? static_cast<std::uint32_t>(std::lround(dpi * units::kInchesPerMetre)) : 0;
 }
 
 void putRow(const Page& page, int y, std::uint8_t* out)

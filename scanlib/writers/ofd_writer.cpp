@@ -1,6 +1,7 @@
 // OFD (GB/T 33190-2016) of one or many page images. Paths in the container are case-sensitive and
 // relative to the file that names them; lengths are millimetres from the top left; IDs are unique
 // over the document. The order of elements is the one of the standard's schemas.
+#include "scanlib/base/units.h"
 #include "scanlib/writers/encoders.h"
 #include "scanlib/writers/xml_text.h"
 #include "scanlib/writers/zip_file.h"
@@ -14,8 +15,6 @@ namespace orva {
 
 namespace {
 
-constexpr double kMillimetresPerInch = 25.4;
-constexpr double kAssumedDpi = 200; // a page that does not know its resolution
 constexpr const char* kXmlHead = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
 constexpr const char* kNamespace = " xmlns:ofd=\"http://www.ofdspec.org/2016\"";
 // Every page takes this many IDs: the page, its layer, its image object, the image itself.
@@ -24,8 +23,8 @@ constexpr int kIdsPerPage = 4;
 std::string millimetres(int pixels, double dpi)
 {
     char text[32] = "";
-    std::snprintf(
-        text, sizeof text, "%.3f", pixels * kMillimetresPerInch / (dpi > 0 ? dpi : kAssumedDpi));
+    std::snprintf(text, sizeof text, "%.3f",
+        pixels * units::kMillimetresPerInch / (dpi > 0 ? dpi : units::kAssumedDpi));
     std::string result = text;
     for (char& c : result) {
         c = c == ',' ? '.' : c; // the host may run under any locale

@@ -1,5 +1,6 @@
 // PDF of one or many page images through qpdf. JPEG and group 4 data go in as they are; they are
 // read from the spool while the file is written, so memory does not grow with the pages.
+#include "scanlib/base/units.h"
 #include "scanlib/writers/encoders.h"
 #include "scanlib/writers/output_file.h"
 #include "scanlib/writers/pdf_metadata.h"
@@ -22,7 +23,6 @@ namespace orva {
 namespace {
 
 constexpr double kPointsPerInch = 72;
-constexpr double kAssumedDpi = 200; // a page that does not know its resolution
 // ISO 19005-2, 6.1.13: a page is 3 to 14,400 units wide and high.
 constexpr double kMinPageUnits = 3;
 constexpr double kMaxPageUnits = 14400;
@@ -134,8 +134,8 @@ QPDFObjectHandle name(const char* text)
 
 double pageUnits(int pixels, double dpi)
 {
-    return std::clamp(
-        pixels * kPointsPerInch / (dpi > 0 ? dpi : kAssumedDpi), kMinPageUnits, kMaxPageUnits);
+    return std::clamp(pixels * kPointsPerInch / (dpi > 0 ? dpi : units::kAssumedDpi), kMinPageUnits,
+        kMaxPageUnits);
 }
 
 std::string decimal(double value)

@@ -1,6 +1,7 @@
 // PNG, written straight on top of zlib. Scans hold noise in which no repeated strings are found, so
 // looking for them (what every level of the usual encoders does) costs most of the time and saves
 // almost nothing. Rows become differences to their neighbours; runs and a Huffman code do the rest.
+#include "scanlib/base/units.h"
 #include "scanlib/writers/encoders.h"
 
 #include <zlib.h>
@@ -12,7 +13,6 @@ namespace orva {
 
 namespace {
 
-constexpr double kInchesPerMetre = 1000 / 25.4;
 constexpr std::size_t kChunkBytes = std::size_t { 1 } << 20;
 constexpr std::uint8_t kFilterNone = 0;
 constexpr std::uint8_t kFilterUp = 2;
@@ -49,8 +49,10 @@ void putHeader(const Page& page, std::vector<std::uint8_t>& out)
     putChunk(out, "IHDR", data.data(), data.size());
     if (page.dpiX > 0 && page.dpiY > 0) {
         data.clear();
-        putBigEndian(data, static_cast<std::uint32_t>(std::lround(page.dpiX * kInchesPerMetre)));
-        putBigEndian(data, static_cast<std::uint32_t>(std::lround(page.dpiY * kInchesPerMetre)));
+        putBigEndian(
+            data, static_cast<std::uint32_t>(std::lround(page.dpiX * units::kInchesPerMetre)));
+        putBigEndian(
+            data, static_cast<std::uint32_t>(std::lround(page.dpiY * units::kInchesPerMetre)));
         data.push_back(1); // pixels a metre
         putChunk(out, "pHYs", data.data(), data.size());
     }

@@ -88,7 +88,7 @@ Status decode(PngReader& reader, const std::filesystem::path& file, std::FILE* s
     return {};
 }
 
-struct DecodeJob
+struct PngDecodeJob
 {
     const std::filesystem::path& file;
     std::FILE* stream;
@@ -98,13 +98,13 @@ struct DecodeJob
     Status& status;
 };
 
-__attribute__((noinline)) void decodeJob(PngReader& reader, const DecodeJob& job)
+__attribute__((noinline)) void decodeJob(PngReader& reader, const PngDecodeJob& job)
 {
     job.status = decode(reader, job.file, job.stream, job.wanted, job.page, job.rows);
 }
 
 /// false when the library gave up. Stands alone, without a local variable that a jump could spoil.
-__attribute__((noinline)) bool decodeGuarded(PngReader& reader, const DecodeJob& job)
+__attribute__((noinline)) bool decodeGuarded(PngReader& reader, const PngDecodeJob& job)
 {
     if (setjmp(png_jmpbuf(reader.png))
         != 0) { // NOLINT(cert-err52-cpp): the library knows no other way

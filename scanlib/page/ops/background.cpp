@@ -13,7 +13,7 @@ namespace orva {
 
 namespace {
 
-constexpr int kDarkestPaper = 96; // grey level
+constexpr int kDarkestBackground = 96; // grey level
 constexpr int kPaperSpread = 10; // grey levels to either side of the peak
 constexpr double kLeastPaperShare = 0.15;
 constexpr double kMargin = 0.08;
@@ -27,7 +27,7 @@ struct PaperColor
 PaperColor paperColor(const Page& page)
 {
     const Histogram histogram = lumaHistogram(page);
-    const int peak = mostFrequentLevel(histogram, kDarkestPaper);
+    const int peak = mostFrequentLevel(histogram, kDarkestBackground);
     std::array<std::uint64_t, 3> sums {};
     std::uint64_t count = 0;
     std::vector<std::uint8_t> gray(static_cast<std::size_t>(page.width));

@@ -1,5 +1,6 @@
 #include "scanlib/page/ops/blank.h"
 
+#include "scanlib/base/units.h"
 #include "scanlib/page/ops/holes.h"
 #include "scanlib/page/ops/reduced.h"
 
@@ -10,8 +11,7 @@ namespace orva {
 
 namespace {
 
-constexpr double kMillimetresPerInch = 25.4;
-constexpr double kSearchDpi = 100;
+constexpr double kBlankSearchDpi = 100;
 constexpr int kLeastContrast = 24; // grey levels
 constexpr double kDustMm = 0.6; // two pixels of the search are 0.51
 constexpr double kBorderMm = 3;
@@ -21,11 +21,11 @@ constexpr double kPictureShare = 0.05;
 
 double inkOn(const Page& page)
 {
-    const Page gray = reducedGray(page, kSearchDpi).gray;
+    const Page gray = reducedGray(page, kBlankSearchDpi).gray;
     const int paper = paperLevel(gray);
     const Page bits = marksAgainst(gray, paper, std::max(kLeastContrast, paper / 4));
-    const double mmX = kMillimetresPerInch / gray.dpiX;
-    const double mmY = kMillimetresPerInch / gray.dpiY;
+    const double mmX = units::kMillimetresPerInch / gray.dpiX;
+    const double mmY = units::kMillimetresPerInch / gray.dpiY;
     const double side = static_cast<double>(gray.width) * gray.height;
     // On a strip too narrow for borders all of it counts.
     const int borderX = gray.width * mmX > 6 * kBorderMm ? static_cast<int>(kBorderMm / mmX) : 0;

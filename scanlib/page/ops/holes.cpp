@@ -1,5 +1,6 @@
 #include "scanlib/page/ops/holes.h"
 
+#include "scanlib/base/units.h"
 #include "scanlib/page/ops/reduced.h"
 
 #include <algorithm>
@@ -10,9 +11,7 @@ namespace orva {
 
 namespace {
 
-constexpr double kMillimetresPerInch = 25.4;
-constexpr double kPi = 3.14159265358979323846;
-constexpr double kSearchDpi = 100;
+constexpr double kHoleSearchDpi = 100;
 constexpr double kLeastMm = 4;
 constexpr double kMostMm = 9;
 constexpr double kRoundnessMm = 1; // width and height may differ by this much
@@ -94,15 +93,16 @@ void coverTones(Page& page, const Ellipse& hole, const Ellipse& ring)
 
 bool looksLikeHole(const Blob& blob, const Page& bits)
 {
-    const double mmX = kMillimetresPerInch / bits.dpiX;
-    const double mmY = kMillimetresPerInch / bits.dpiY;
+    const double mmX = units::kMillimetresPerInch / bits.dpiX;
+    const double mmY = units::kMillimetresPerInch / bits.dpiY;
     const double width = blob.width() * mmX;
     const double height = blob.height() * mmY;
     if (std::min(width, height) < kLeastMm || std::max(width, height) > kMostMm
         || std::abs(width - height) > kRoundnessMm) {
         return false;
     }
-    const double fill = static_cast<double>(blob.area) / (kPi / 4 * blob.width() * blob.height());
+    const double fill =
+        static_cast<double>(blob.area) / (units::kPi / 4 * blob.width() * blob.height());
     if (fill < kLeastFill || fill > kMostFill) {
         return false;
     }
@@ -115,7 +115,7 @@ bool looksLikeHole(const Blob& blob, const Page& bits)
 
 void removeHoles(Page& page)
 {
-    const ReducedPage reduced = reducedGray(page, kSearchDpi);
+    const ReducedPage reduced = reducedGray(page, kHoleSearchDpi);
     const Page bits = marksAgainst(reduced.gray, paperLevel(reduced.gray), kContrast);
     const double dpiX = reduced.gray.dpiX * reduced.factorX;
     const double dpiY = reduced.gray.dpiY * reduced.factorY;
@@ -126,16 +126,17 @@ void removeHoles(Page& page)
         Ellipse hole;
         hole.x = (blob.left + blob.right) / 2.0 * reduced.factorX;
         hole.y = (blob.top + blob.bottom) / 2.0 * reduced.factorY;
-        hole.halfWidth = blob.width() / 2.0 * reduced.factorX + kRimMm / kMillimetresPerInch * dpiX;
+        hole.halfWidth =
+            blob.width() / 2.0 * reduced.factorX + kRimMm / units::kMillimetresPerInch * dpiX;
         hole.halfHeight =
-            blob.height() / 2.0 * reduced.factorY + kRimMm / kMillimetresPerInch * dpiY;
+            blob.height() / 2.0 * reduced.factorY + kRimMm / units::kMillimetresPerInch * dpiY;
         if (page.format == PixelFormat::kBlackWhite) {
             coverBits(page, hole);
             continue;
         }
         Ellipse ring = hole;
-        ring.halfWidth += kSampleMm / kMillimetresPerInch * dpiX;
-        ring.halfHeight += kSampleMm / kMillimetresPerInch * dpiY;
+        ring.halfWidth += kSampleMm / units::kMillimetresPerInch * dpiX;
+        ring.halfHeight += kSampleMm / units::kMillimetresPerInch * dpiY;
         coverTones(page, hole, ring);
     }
 }
