@@ -105,7 +105,8 @@ public:
     virtual Status configure(const AcquireSettings& settings) = 0;
     /// Delivers the next side: pixels as grey or colour (black-and-white only where the device has
     /// a true 1-bit mode), resolution, sheet and side; the page's number is set by the caller.
-    /// endOfFeed true (and ok): no more sides, page untouched. kNoPaper: not even a first one.
+    /// Memory that the page's pixels hold is used again; they are unspecified unless a side comes.
+    /// endOfFeed true (and ok): no more sides. kNoPaper: not even a first one.
     /// kCancelled once the token is set or requestCancel was called. Any other code ends the job.
     virtual Status nextPage(Page& page, bool& endOfFeed, const CancelToken& cancel) = 0;
     /// Once after the last nextPage of a job, also after a fault.

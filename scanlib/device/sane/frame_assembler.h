@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace orva {
@@ -16,6 +17,15 @@ namespace orva {
 class FrameAssembler
 {
 public:
+    FrameAssembler() = default;
+    /// Collects the first frame in memory that has been used before; fresh memory for a large page
+    /// costs more than reading it.
+    explicit FrameAssembler(std::vector<std::uint8_t> memory)
+        : m_raw(std::move(memory))
+    {
+        m_raw.clear();
+    }
+
     /// Begins a frame. kDeviceIo for parameters that make no sense or do not go with the frames
     /// before, kPageTooLarge past 300 megapixels.
     Status begin(const SANE_Parameters& parameters);

@@ -16,10 +16,32 @@ Status noAnswer(const char* what)
     return { kDeviceTimeout, std::string(what) + ": the device does not answer" };
 }
 
-/// Runs on the SANE thread. A key names the bus address and may be another one after replugging:
-/// then the device of the same name, and serial number if known, is taken.
-Status openAgain(SaneRuntime& runtime, SaneScanner& scanner, const DeviceIdentity& identity)
+/// Text that is fit for a list, a line of a log and the name of a folder.
+std::string tidyName(const std::string& text)
 {
+    std::string name;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        const bool blank = byte <= ' ' || byte == 0x7f;
+        if (name.empty() && (blank || c == '.')) {
+            continue; // a folder that begins with a dot is hidden
+        }
+        if (!blank) {
+            name += c == '/' || c == '\\' ? '-' : c;
+        } else if (name.back() != ' ') {
+            name += ' ';
+        }
+    }
+    return name.substr(0, name.find_last_not_of(' ') + 1);
+}
+
+} // namespace
+
+/// SANE thread. A key names the bus address and may be another one after replugging: then the
+/// device of the same name, and serial number if known, is taken.
+Status SaneDevice::openAgain(Finder& finder, SaneRuntime& runtime, SaneScanner& scanner)
+{
+    const DeviceIdentity& identity = finder.identity;
     const auto typeOf = [&](const std::string& key) {
         for (const FoundDevice& device : runtime.found()) {
             if (device.key == key) {
@@ -28,32 +50,38 @@ Status openAgain(SaneRuntime& runtime, SaneScanner& scanner, const DeviceIdentit
         }
         return std::string();
     };
-    const Status status = scanner.open(identity.key, typeOf(identity.key));
+    const Status status = scanner.open(finder.key, typeOf(finder.key));
     if (status.code() != kDeviceNotFound && status.code() != kDeviceIo) {
         return status;
     }
+    if (finder.searchedAt != Clock::time_point()
+        && Clock::now() - finder.searchedAt < runtime.limits().searchPause) {
+        return status;
+    }
+    finder.searchedAt = Clock::now();
     runtime.search();
     for (const FoundDevice& device : runtime.found()) {
         const DeviceIdentity other = identityOf(device);
-        if (other.key != identity.key && other.name == identity.name
-            && other.serial == identity.serial) {
-            libraryLog("sane: %s is now %s", identity.key.c_str(), other.key.c_str());
+        const bool equal = other.name == identity.name && other.serial == identity.serial;
+        // without serial numbers, one that was there all the time is another scanner
+        const bool another = identity.serial.empty() && finder.others.count(other.key) != 0;
+        if (equal && !another && other.key != finder.key) {
+            libraryLog("sane: %s is now %s", finder.key.c_str(), other.key.c_str());
+            finder.key = other.key;
+            finder.searchedAt = {};
             return scanner.open(other.key, device.type);
         }
     }
     return status;
 }
 
-} // namespace
-
 DeviceIdentity identityOf(const FoundDevice& device)
 {
     DeviceIdentity identity;
     identity.key = device.key;
-    const bool repeated = device.model.compare(0, device.vendor.size(), device.vendor) == 0;
-    identity.name = repeated ? device.model : device.vendor + " " + device.model;
-    if (identity.name.find_first_not_of(' ') == std::string::npos) {
-        identity.name = device.key;
+    identity.name = tidyName(fullName(device));
+    if (identity.name.empty()) {
+        identity.name = tidyName(device.key);
     }
     identity.serial = device.serial;
     identity.vidPid = device.vidPid;
@@ -65,7 +93,14 @@ SaneDevice::SaneDevice(std::shared_ptr<SaneLease> lease, DeviceIdentity identity
     : m_identity(std::move(identity))
     , m_lease(std::move(lease))
     , m_scanner(std::make_shared<SaneScanner>(m_lease->runtime))
+    , m_finder(std::make_shared<Finder>())
 {
+    m_finder->identity = m_identity;
+    m_finder->key = m_identity.key;
+    for (const FoundDevice& device : m_lease->runtime->found()) {
+        m_finder->others.insert(device.key);
+    }
+    m_finder->others.erase(m_identity.key);
 }
 
 SaneDevice::~SaneDevice()
@@ -73,7 +108,9 @@ SaneDevice::~SaneDevice()
     // Not given up when it takes long: the device is to be closed in any case.
     SaneThread& thread = m_lease->runtime->thread();
     const auto ticket = thread.post([scanner = m_scanner] { scanner->close(); });
-    thread.wait(ticket, m_lease->runtime->limits().stop);
+    if (!thread.wait(ticket, m_lease->runtime->limits().stop)) {
+        thread.giveUp();
+    }
 }
 
 Status SaneDevice::tell(milliseconds limit, std::function<Status(SaneScanner&)> task)
@@ -97,12 +134,32 @@ Status SaneDevice::ask(milliseconds limit, Result& result, Status (SaneScanner::
     return status;
 }
 
+/// A scanner that was closed after a fault is opened again; one that was never opened is not.
+Status SaneDevice::tellOpened(std::function<Status(SaneScanner&)> task)
+{
+    if (m_sources.empty()) {
+        return { kNotInitialised, "not open" };
+    }
+    const auto body = [runtime = m_lease->runtime, finder = m_finder, task = std::move(task)](
+                          SaneScanner& scanner) {
+        const bool wasOpen = scanner.isOpen();
+        Status status = openAgain(*finder, *runtime, scanner);
+        status = status.ok() ? task(scanner) : status;
+        if (wasOpen && status.code() == kDeviceIo) { // that handle was dead
+            status = openAgain(*finder, *runtime, scanner);
+            status = status.ok() ? task(scanner) : status;
+        }
+        return status;
+    };
+    return tell(m_lease->runtime->limits().open, body);
+}
+
 Status SaneDevice::open()
 {
     const auto sources = std::make_shared<std::vector<PaperSource>>();
-    const auto task = [runtime = m_lease->runtime, identity = m_identity, sources](
+    const auto task = [runtime = m_lease->runtime, finder = m_finder, sources](
                           SaneScanner& scanner) {
-        Status status = openAgain(*runtime, scanner, identity);
+        Status status = openAgain(*finder, *runtime, scanner);
         *sources = scanner.sources();
         return status;
     };
@@ -120,8 +177,7 @@ Status SaneDevice::configure(const AcquireSettings& settings)
 {
     m_cancelRequested.store(false);
     m_scanner->clearCancel();
-    return tell(m_lease->runtime->limits().configure,
-        [settings](SaneScanner& scanner) { return scanner.configure(settings); });
+    return tellOpened([settings](SaneScanner& scanner) { return scanner.configure(settings); });
 }
 
 Status SaneDevice::nextPage(Page& page, bool& endOfFeed, const CancelToken& cancel)
@@ -131,6 +187,7 @@ Status SaneDevice::nextPage(Page& page, bool& endOfFeed, const CancelToken& canc
         Page page;
         bool endOfFeed = false;
         Status status;
+        std::atomic<bool> begun { false }; // else an earlier call that hangs is in front of it
     };
     constexpr milliseconds kLook(20); // at the token and at the age of the call
     endOfFeed = false;
@@ -142,20 +199,26 @@ Status SaneDevice::nextPage(Page& page, bool& endOfFeed, const CancelToken& canc
     const SaneLimits& limits = runtime->limits();
     SaneThread& thread = runtime->thread();
     const auto side = std::make_shared<Delivery>();
+    side->page.pixels = std::move(page.pixels);
     const auto ticket = thread.post([scanner = m_scanner, side] {
+        side->begun.store(true);
         side->status = scanner->nextSide(side->page, side->endOfFeed);
     });
+    bool cancelPosted = false;
     const auto cancelOutside = [&] {
-        runtime->cancelThread().post([scanner = m_scanner] { scanner->cancelFromOutside(); });
+        if (!cancelPosted) {
+            cancelPosted = true;
+            runtime->cancelThread().post([scanner = m_scanner, batch = m_scanner->batch()] {
+                scanner->cancelFromOutside(batch);
+            });
+        }
     };
     Clock::time_point cancelledAt {};
     Clock::time_point overdueAt {};
     const Clock::time_point posted = Clock::now();
-    bool begun = false; // an earlier call that hangs is in front of this one
     while (!thread.wait(ticket, kLook)) {
         const Clock::time_point now = Clock::now();
         const auto age = m_scanner->callAge();
-        begun = begun || age.has_value();
         if (cancelWanted() && cancelledAt == Clock::time_point()) {
             cancelledAt = now;
             m_scanner->askToCancel();
@@ -163,21 +226,23 @@ Status SaneDevice::nextPage(Page& page, bool& endOfFeed, const CancelToken& canc
         if (cancelledAt != Clock::time_point()) {
             if (age.has_value() && *age > limits.cancelPatience
                 && now - cancelledAt > limits.cancelPatience) {
-                cancelOutside(); // does nothing the second time
+                cancelOutside();
             }
             if (now - cancelledAt > limits.cancel) {
                 thread.abandon(ticket);
+                m_scanner->distrust();
                 libraryLog("sane: the scan does not end after it was cancelled");
                 return { kCancelled, "cancelled; the device does not answer" };
             }
             continue;
         }
         const milliseconds callLimit = m_scanner->callIsStart() ? limits.start : limits.read;
-        const bool overdue =
-            (age.has_value() && *age > callLimit) || (!begun && now - posted > limits.poll);
+        const bool overdue = (age.has_value() && *age > callLimit)
+            || (!side->begun.load() && now - posted > limits.poll);
         if (overdue && overdueAt == Clock::time_point()) {
             overdueAt = now;
             m_scanner->askToCancel();
+            m_scanner->distrust();
             cancelOutside(); // wakes most drivers up
         }
         if (overdueAt != Clock::time_point() && now - overdueAt > limits.stop) {
@@ -225,13 +290,17 @@ Status SaneDevice::pressedButton(int& value)
 
 Status SaneDevice::timing(DeviceTiming& result)
 {
-    return ask(m_lease->runtime->limits().poll, result, &SaneScanner::timing);
+    const auto answer = std::make_shared<DeviceTiming>();
+    Status status = tellOpened([answer](SaneScanner& scanner) { return scanner.timing(*answer); });
+    if (status.ok()) {
+        result = *answer;
+    }
+    return status;
 }
 
 Status SaneDevice::setTimes(int sleep, int autoOff)
 {
-    return tell(m_lease->runtime->limits().configure,
-        [=](SaneScanner& scanner) { return scanner.setTimes(sleep, autoOff); });
+    return tellOpened([=](SaneScanner& scanner) { return scanner.setTimes(sleep, autoOff); });
 }
 
 Status SaneDevice::setPrefeed(bool, float)

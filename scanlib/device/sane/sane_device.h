@@ -7,6 +7,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <mutex>
+#include <set>
 
 namespace orva {
 
@@ -32,14 +33,26 @@ public:
     Status setPrefeed(bool enable, float seconds) override;
 
 private:
+    /// Where the scanner is now. SANE thread only.
+    struct Finder
+    {
+        DeviceIdentity identity;
+        std::string key;
+        std::set<std::string> others; ///< keys of what was attached beside it
+        std::chrono::steady_clock::time_point searchedAt {}; ///< in vain
+    };
+    static Status openAgain(Finder& finder, SaneRuntime& runtime, SaneScanner& scanner);
+
     template <typename Result>
     Status ask(
         std::chrono::milliseconds limit, Result& result, Status (SaneScanner::*question)(Result&));
     Status tell(std::chrono::milliseconds limit, std::function<Status(SaneScanner&)> task);
+    Status tellOpened(std::function<Status(SaneScanner&)> task);
 
     const DeviceIdentity m_identity;
     const std::shared_ptr<SaneLease> m_lease;
     const std::shared_ptr<SaneScanner> m_scanner; ///< tasks hold it too
+    const std::shared_ptr<Finder> m_finder; ///< likewise
     std::vector<PaperSource> m_sources;
     std::atomic<bool> m_cancelRequested { false };
 };

@@ -3,6 +3,7 @@
 #include "scanlib/base/library_log.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -36,11 +37,11 @@ std::string networkAddress(const FoundDevice& device)
     return {};
 }
 
-/// Network drivers of the same scanner put the vendor's name in front of the model, or not.
-std::string fullName(const FoundDevice& device)
+std::string lowerCase(std::string text)
 {
-    const bool repeated = device.model.compare(0, device.vendor.size(), device.vendor) == 0;
-    return repeated ? device.model : device.vendor + " " + device.model;
+    std::transform(text.begin(), text.end(), text.begin(),
+        [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
 }
 
 std::string firstLine(const std::filesystem::path& file)
@@ -49,6 +50,29 @@ std::string firstLine(const std::filesystem::path& file)
     std::string line;
     std::getline(stream, line);
     return line;
+}
+
+/// Bus and address as the drivers write them: "...libusb:001:012".
+bool usbPlace(const std::string& key, int& bus, int& address)
+{
+    const std::size_t mark = key.find("libusb:");
+    return mark != std::string::npos
+        && std::sscanf(key.c_str() + mark, "libusb:%d:%d", &bus, &address) == 2;
+}
+
+/// The folder of a device in the kernel's list; empty when it is not there. listed tells whether
+/// there is a list at all.
+std::filesystem::path usbEntry(int bus, int address, const std::string& usbFolder, bool& listed)
+{
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(usbFolder, error)) {
+        listed = true;
+        if (std::atoi(firstLine(entry.path() / "busnum").c_str()) == bus
+            && std::atoi(firstLine(entry.path() / "devnum").c_str()) == address) {
+            return entry.path();
+        }
+    }
+    return {};
 }
 
 } // namespace
@@ -113,6 +137,15 @@ SaneLease::~SaneLease()
     runtime->cancelThread().stop(limit / 4);
 }
 
+std::string fullName(const FoundDevice& device)
+{
+    const std::string vendor = lowerCase(device.vendor);
+    const std::string model = lowerCase(device.model);
+    const bool isProtocol = vendor == "escl" || vendor == "wsd";
+    const bool repeated = model.compare(0, vendor.size(), vendor) == 0;
+    return isProtocol || repeated ? device.model : device.vendor + " " + device.model;
+}
+
 std::vector<FoundDevice> withoutDuplicates(const std::vector<FoundDevice>& devices)
 {
     std::vector<FoundDevice> kept;
@@ -121,7 +154,7 @@ std::vector<FoundDevice> withoutDuplicates(const std::vector<FoundDevice>& devic
         const auto same = [&](const FoundDevice& other) {
             return other.key == device.key
                 || (!address.empty() && address == networkAddress(other)
-                    && fullName(other) == fullName(device));
+                    && lowerCase(fullName(other)) == lowerCase(fullName(device)));
         };
         if (!device.key.empty() && std::none_of(kept.begin(), kept.end(), same)) {
             kept.push_back(device);
@@ -132,24 +165,26 @@ std::vector<FoundDevice> withoutDuplicates(const std::vector<FoundDevice>& devic
 
 void addUsbFacts(FoundDevice& device, const std::string& usbFolder)
 {
-    constexpr char kMark[] = "libusb:"; // then "bus:address"
-    const std::size_t mark = device.key.find(kMark);
     int bus = 0;
     int address = 0;
-    if (mark == std::string::npos
-        || std::sscanf(device.key.c_str() + mark, "libusb:%d:%d", &bus, &address) != 2) {
+    bool listed = false;
+    if (!usbPlace(device.key, bus, address)) {
         return;
     }
-    std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator(usbFolder, error)) {
-        if (std::atoi(firstLine(entry.path() / "busnum").c_str()) == bus
-            && std::atoi(firstLine(entry.path() / "devnum").c_str()) == address) {
-            device.serial = firstLine(entry.path() / "serial");
-            device.vidPid =
-                firstLine(entry.path() / "idVendor") + ":" + firstLine(entry.path() / "idProduct");
-            return;
-        }
+    const std::filesystem::path entry = usbEntry(bus, address, usbFolder, listed);
+    if (!entry.empty()) {
+        device.serial = firstLine(entry / "serial");
+        device.vidPid = firstLine(entry / "idVendor") + ":" + firstLine(entry / "idProduct");
     }
+}
+
+bool isUnplugged(const std::string& key, const std::string& usbFolder)
+{
+    int bus = 0;
+    int address = 0;
+    bool listed = false;
+    return usbPlace(key, bus, address) && usbEntry(bus, address, usbFolder, listed).empty()
+        && listed;
 }
 
 } // namespace orva

@@ -27,7 +27,8 @@ struct SaneLimits
         300
     }; ///< before a call that runs is cancelled from outside
     std::chrono::milliseconds busyPause { 500 };
-    std::chrono::milliseconds stop { 2'000 };
+    std::chrono::milliseconds searchPause { 5'000 }; ///< while a scanner is away
+    std::chrono::milliseconds stop { 2'000 }; ///< for the thread at the end
 };
 
 struct FoundDevice
@@ -93,10 +94,20 @@ struct SaneLease
     const std::shared_ptr<SaneRuntime> runtime;
 };
 
+/// Vendor and model, the vendor once. Network drivers put the vendor in front of the model or give
+/// their protocol for it.
+std::string fullName(const FoundDevice& device);
+
 /// One scanner found by several drivers is listed once; the list keeps its order.
 std::vector<FoundDevice> withoutDuplicates(const std::vector<FoundDevice>& devices);
 
+inline constexpr char kUsbFolder[] = "/sys/bus/usb/devices";
+
 /// Adds serial number and vendor:product of a device whose key names its USB bus and address.
-void addUsbFacts(FoundDevice& device, const std::string& usbFolder = "/sys/bus/usb/devices");
+void addUsbFacts(FoundDevice& device, const std::string& usbFolder = kUsbFolder);
+
+/// true when the key names a USB bus and address where nothing is any more: plugging in again gives
+/// a new address, and a handle from before is dead. false when that cannot be told.
+bool isUnplugged(const std::string& key, const std::string& usbFolder = kUsbFolder);
 
 } // namespace orva

@@ -61,9 +61,11 @@ void logProblem(const Status& status)
 
 Status SaneScanner::open(const std::string& key, const std::string& type)
 {
-    if (isOpen()) {
+    if (isOpen() && !m_distrusted.load() && !isUnplugged(m_key)) {
         return {};
     }
+    close();
+    m_distrusted.store(false);
     if (Status status = m_runtime->initialise(); !status.ok()) {
         return status;
     }
@@ -76,6 +78,7 @@ Status SaneScanner::open(const std::string& key, const std::string& type)
         return saneFailure(status, "sane_open");
     }
     m_handle = handle;
+    m_key = key;
     m_runtime->deviceOpened();
     m_options = std::make_unique<SaneOptions>(m_runtime->api(), m_handle);
     if (Status loaded = m_options->reload(); !loaded.ok()) {
@@ -92,7 +95,7 @@ void SaneScanner::close()
     if (!isOpen()) {
         return;
     }
-    endBatch();
+    finishBatch();
     m_options.reset();
     m_runtime->api().close(m_handle);
     m_handle = nullptr;
@@ -209,13 +212,20 @@ Status SaneScanner::selectSource(const SourcePlan& plan)
         }
     }
     // these limit the area of the feeder; at their largest they limit nothing
-    for (const Words& names : { kWidthOptions, kHeightOptions }) {
-        const SaneOption* option = m_options->findAny(names);
-        if (option != nullptr && option->settable() && option->hasRange) {
-            logProblem(m_options->setNumber(std::string(option->name), option->max));
-        }
-    }
+    constexpr double kLargest = 1e6;
+    setSheetSize(kWidthOptions, kLargest);
+    setSheetSize(kHeightOptions, kLargest);
     return {};
+}
+
+void SaneScanner::setSheetSize(const Words& names, double wantedMm)
+{
+    const SaneOption* option = m_options->findAny(names);
+    if (option != nullptr && option->settable() && option->hasRange) {
+        const double perMm = option->unit == SANE_UNIT_PIXEL ? m_dpiX / kMmPerInch : 1;
+        logProblem(m_options->setNumber(
+            std::string(option->name), std::min(option->max, wantedMm * std::max(1.0, perMm))));
+    }
 }
 
 Status SaneScanner::setNumberIfAny(const std::string& name, double value)
@@ -244,7 +254,9 @@ Status SaneScanner::setMode(ColorMode mode)
         }
     }
     constexpr int kBitsASample = 8;
-    return setNumberIfAny("depth", lineart ? 1 : kBitsASample);
+    // not fatal: the frame itself tells how deep it is
+    logProblem(setNumberIfAny("depth", lineart ? 1 : kBitsASample));
+    return {};
 }
 
 Status SaneScanner::setResolution(const AcquireSettings& settings)
@@ -279,6 +291,12 @@ Status SaneScanner::setArea(const AcquireSettings& settings, const SourcePlan& p
     const double top = (settings.area.topMm + plan.topMm) / unitY;
     const double right = left + settings.area.widthMm / unitX;
     const double bottom = top + settings.area.heightMm / unitY;
+    if (m_sources[settings.source].kind != SourceKind::kFlatbed) {
+        // Feeders centre the sheet: these drivers count the area from the edge of a sheet this
+        // wide.
+        setSheetSize(kWidthOptions, settings.area.leftMm + settings.area.widthMm);
+        setSheetSize(kHeightOptions, settings.area.topMm + settings.area.heightMm);
+    }
     struct Edge
     {
         const char* name;
@@ -320,6 +338,15 @@ Status SaneScanner::configure(const AcquireSettings& settings)
     if (!isOpen()) {
         return { kNotInitialised, "not open" };
     }
+    Status status = apply(settings);
+    if (status.code() == kDeviceIo) {
+        distrust();
+    }
+    return status;
+}
+
+Status SaneScanner::apply(const AcquireSettings& settings)
+{
     if (settings.source >= m_sources.size()) {
         return { kIndexOutOfRange, "source" };
     }

@@ -24,16 +24,18 @@ public:
     {
     }
 
-    /// Opens and probes. type is the device's own description, for scanners without a source
-    /// option.
+    /// Opens and probes; does nothing when it is open and to be trusted. type is the device's own
+    /// description, for scanners without a source option.
     Status open(const std::string& key, const std::string& type);
     void close();
     bool isOpen() const { return m_handle != nullptr; }
     const std::vector<PaperSource>& sources() const { return m_sources; }
 
     Status configure(const AcquireSettings& settings);
+    /// Uses the memory that the page's pixels hold.
     Status nextSide(Page& page, bool& endOfFeed);
-    /// Ends the batch with its one cancel, if it has not had it.
+    /// Ends the batch with its one cancel, if it has not had it. Closes a scanner that is
+    /// distrusted.
     void endBatch();
 
     Status hasPaper(bool& result);
@@ -50,8 +52,14 @@ public:
     std::optional<std::chrono::milliseconds> callAge() const;
     /// true while that call is sane_start.
     bool callIsStart() const { return m_callIsStart.load(); }
-    /// sane_cancel while a call runs; at most once a batch, together with the one of endBatch.
-    void cancelFromOutside();
+    /// Number of the batch that runs, or comes next.
+    unsigned batch() const { return m_batch.load(); }
+    /// sane_cancel while a call runs; at most once a batch, together with the one of endBatch. Does
+    /// nothing when that batch is over: a late request must not hit the next job.
+    void cancelFromOutside(unsigned batch);
+    /// The handle may be dead (cable pulled, silence): it is closed with the batch, and whoever
+    /// needs the scanner next opens it anew.
+    void distrust() { m_distrusted.store(true); }
 
 private:
     struct SourcePlan
@@ -66,12 +74,14 @@ private:
     /// Marks a scan call, so that the waiting thread sees how long it runs.
     class Call;
 
+    Status apply(const AcquireSettings& settings);
     void findSources(const std::string& type);
     void addSource(SourceKind kind, const SourcePlan& plan);
     Status selectSource(const SourcePlan& plan);
     Status setMode(ColorMode mode);
     Status setResolution(const AcquireSettings& settings);
     Status setArea(const AcquireSettings& settings, const SourcePlan& plan);
+    void setSheetSize(const Words& names, double wantedMm);
     void setDoubleFeed(bool detect);
     Status setNumberIfAny(const std::string& name, double value);
     void rememberButtons();
@@ -81,10 +91,13 @@ private:
     Status readFrame(FrameAssembler& assembler, bool& noDocuments);
     Status cancelled();
     void sendCancel();
+    void sendCancelLocked();
+    void finishBatch();
     Status faultOf(SANE_Status status, const char* call);
 
     const std::shared_ptr<SaneRuntime> m_runtime;
     SANE_Handle m_handle = nullptr;
+    std::string m_key; ///< of the open device
     std::unique_ptr<SaneOptions> m_options;
     std::vector<PaperSource> m_sources;
     std::vector<SourcePlan> m_plans;
@@ -96,11 +109,14 @@ private:
     double m_dpiX = 0; ///< as the scanner rounds it
     double m_dpiY = 0;
     int m_sides = 0; ///< delivered in this batch
+    std::vector<SANE_Byte> m_buffer; ///< of one read
 
     std::atomic<bool> m_cancelAsked { false };
     std::mutex m_cancelMutex; ///< held during sane_cancel, so that it never meets sane_close
     std::atomic<bool> m_batchBegun { false };
     std::atomic<bool> m_cancelSent { false };
+    std::atomic<unsigned> m_batch { 0 };
+    std::atomic<bool> m_distrusted { false };
     std::atomic<std::int64_t> m_callSince { 0 }; ///< steady clock, ms; 0: no call runs
     std::atomic<bool> m_callIsStart { false };
 };

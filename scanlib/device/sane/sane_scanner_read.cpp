@@ -8,6 +8,12 @@ namespace orva {
 
 namespace {
 
+constexpr SANE_Int kBufferBytes = 256 * 1024; // stays in the second-level cache
+
+/// Drivers that never tell the end of the paper would fill the disk. No feeder holds a tenth of
+/// this, and who tops one up all day starts a new job now and then.
+constexpr int kMostSides = 20'000;
+
 std::int64_t steadyMs()
 {
     return std::chrono::duration_cast<std::chrono::milliseconds>(
@@ -60,14 +66,22 @@ std::optional<std::chrono::milliseconds> SaneScanner::callAge() const
 void SaneScanner::sendCancel()
 {
     const std::lock_guard<std::mutex> lock(m_cancelMutex);
+    sendCancelLocked();
+}
+
+void SaneScanner::sendCancelLocked()
+{
     if (m_batchBegun.load() && !m_cancelSent.exchange(true)) {
         m_runtime->api().cancel(m_handle);
     }
 }
 
-void SaneScanner::cancelFromOutside()
+void SaneScanner::cancelFromOutside(unsigned batch)
 {
-    sendCancel();
+    const std::lock_guard<std::mutex> lock(m_cancelMutex);
+    if (batch == m_batch.load()) {
+        sendCancelLocked();
+    }
 }
 
 Status SaneScanner::cancelled()
@@ -76,13 +90,22 @@ Status SaneScanner::cancelled()
     return { kCancelled, "cancelled" };
 }
 
-void SaneScanner::endBatch()
+void SaneScanner::finishBatch()
 {
-    sendCancel();
     const std::lock_guard<std::mutex> lock(m_cancelMutex);
+    sendCancelLocked();
     m_batchBegun.store(false);
     m_cancelSent.store(false);
+    ++m_batch;
     m_configured = false;
+}
+
+void SaneScanner::endBatch()
+{
+    finishBatch();
+    if (m_distrusted.load()) {
+        close();
+    }
 }
 
 /// Some drivers report a double feed as a jam and tell the difference in a sensor.
@@ -94,6 +117,9 @@ Status SaneScanner::faultOf(SANE_Status status, const char* call)
             && m_options->number(*sensor).value_or(0) != 0) {
             return { kDoubleFeed, std::string(call) + ": double feed" };
         }
+    }
+    if (status == SANE_STATUS_IO_ERROR) {
+        distrust();
     }
     return saneFailure(status, call);
 }
@@ -135,9 +161,8 @@ Status SaneScanner::startFrame()
 /// noDocuments: the feeder turned out to be empty before the first byte.
 Status SaneScanner::readFrame(FrameAssembler& assembler, bool& noDocuments)
 {
-    constexpr SANE_Int kBufferBytes = 256 * 1024;
     constexpr auto kNothingYet = std::chrono::milliseconds(5);
-    std::vector<SANE_Byte> buffer(kBufferBytes);
+    m_buffer.resize(kBufferBytes);
     std::int64_t lastData = steadyMs();
     for (;;) {
         if (m_cancelAsked.load() || m_cancelSent.load()) {
@@ -147,7 +172,7 @@ Status SaneScanner::readFrame(FrameAssembler& assembler, bool& noDocuments)
         SANE_Status status = SANE_STATUS_GOOD;
         {
             const Call call(*this, false);
-            status = m_runtime->api().read(m_handle, buffer.data(), kBufferBytes, &length);
+            status = m_runtime->api().read(m_handle, m_buffer.data(), kBufferBytes, &length);
         }
         if (status == SANE_STATUS_EOF) {
             return {};
@@ -173,7 +198,7 @@ Status SaneScanner::readFrame(FrameAssembler& assembler, bool& noDocuments)
             continue;
         }
         lastData = steadyMs();
-        if (Status status2 = assembler.add(buffer.data(), static_cast<std::size_t>(length));
+        if (Status status2 = assembler.add(m_buffer.data(), static_cast<std::size_t>(length));
             !status2.ok()) {
             return status2;
         }
@@ -191,7 +216,10 @@ Status SaneScanner::nextSide(Page& page, bool& endOfFeed)
         endOfFeed = true; // the same sheet would be scanned for ever
         return {};
     }
-    FrameAssembler assembler;
+    if (m_sides >= kMostSides) {
+        return { kDeviceIo, "the feeder does not run empty" };
+    }
+    FrameAssembler assembler(std::move(page.pixels));
     for (bool first = true; assembler.wantsFrame(); first = false) {
         Status status = startFrame();
         bool noDocuments = first && status.code() == kNoPaper;
@@ -202,7 +230,7 @@ Status SaneScanner::nextSide(Page& page, bool& endOfFeed)
             SANE_Parameters parameters {};
             const SANE_Status got = m_runtime->api().getParameters(m_handle, &parameters);
             if (got != SANE_STATUS_GOOD) {
-                return saneFailure(got, "sane_get_parameters");
+                return faultOf(got, "sane_get_parameters");
             }
             if (status = assembler.begin(parameters); !status.ok()) {
                 return status;

@@ -9,6 +9,9 @@
 
 namespace orva {
 
+/// Waited for a thread that is known to be stuck.
+constexpr std::chrono::milliseconds kMoment(100);
+
 enum class TicketState
 {
     kQueued,
@@ -33,6 +36,7 @@ struct SaneThread::Core
     bool running = false; ///< the thread exists and has not left its loop
     bool stopping = false;
     bool stuck = false; ///< an abandoned task has not returned yet
+    std::shared_ptr<Ticket> current; ///< whose task runs
 
     void loop()
     {
@@ -48,12 +52,14 @@ struct SaneThread::Core
                 continue;
             }
             ticket->state = TicketState::kRunning;
+            current = ticket;
             std::function<void()> task = std::move(ticket->task);
             lock.unlock();
             task();
             task = nullptr; // may hold the last reference to the owner of this thread
             lock.lock();
             ticket->state = TicketState::kDone;
+            current = nullptr;
             stuck = stuck && !ticket->abandoned;
             changed.notify_all();
         }
@@ -92,7 +98,6 @@ std::shared_ptr<SaneThread::Ticket> SaneThread::post(std::function<void()> task)
 
 bool SaneThread::wait(const std::shared_ptr<Ticket>& ticket, std::chrono::milliseconds limit)
 {
-    constexpr std::chrono::milliseconds kMoment(100);
     std::unique_lock<std::mutex> lock(m_core->mutex);
     const auto done = [&] { return ticket->state == TicketState::kDone; };
     return m_core->changed.wait_for(lock, m_core->stuck ? std::min(limit, kMoment) : limit, done);
@@ -119,12 +124,22 @@ bool SaneThread::run(std::function<void()> task, std::chrono::milliseconds limit
     return false;
 }
 
+void SaneThread::giveUp()
+{
+    const std::lock_guard<std::mutex> lock(m_core->mutex);
+    if (m_core->current != nullptr) {
+        m_core->current->abandoned = true;
+        m_core->stuck = true;
+    }
+}
+
 bool SaneThread::stop(std::chrono::milliseconds limit)
 {
     std::unique_lock<std::mutex> lock(m_core->mutex);
     if (!m_core->thread.joinable()) {
         return true;
     }
+    limit = m_core->stuck ? std::min(limit, kMoment) : limit;
     m_core->stopping = true;
     m_core->changed.notify_all();
     const bool onOwnThread = m_core->thread.get_id() == std::this_thread::get_id();
@@ -138,6 +153,11 @@ bool SaneThread::stop(std::chrono::milliseconds limit)
     }
     // The loop ends by itself once the task returns. Until then later tasks queue up behind it:
     // SANE must not be entered twice.
+    if (m_core->current != nullptr) {
+        m_core->current->abandoned = true;
+        m_core->stuck = true;
+    }
+    lock.unlock();
     keepLibraryMapped();
     thread.detach();
     return false;

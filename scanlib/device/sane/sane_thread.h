@@ -30,6 +30,9 @@ public:
     /// post and wait; abandons the task when it takes too long.
     bool run(std::function<void()> task, std::chrono::milliseconds limit);
 
+    /// Marks what runs now as stuck: nobody waits long for this thread until it returns.
+    void giveUp();
+
     /// Ends the thread after what is queued; the next post starts a new one. A stuck thread is left
     /// behind (false): then the library stays mapped, so that it returns into code that still
     /// exists.

@@ -1,4 +1,5 @@
 // A SANE scanner against scripted answers: what it offers, batches, faults, cancelling, silence.
+#include "scanlib/device/sane/sane_device.h"
 #include "scanlib/device/sane/sane_driver_parts.h"
 #include "scanlib/device/sane/sane_words.h"
 #include "tests/scanlib/device/image_files.h"
@@ -31,6 +32,7 @@ protected:
         m_limits.cancel = 500ms;
         m_limits.cancelPatience = 50ms;
         m_limits.busyPause = 5ms;
+        m_limits.searchPause = 0ms;
         m_limits.stop = 200ms;
         m_script.addOption({ "source", SANE_TYPE_STRING, SANE_UNIT_NONE, true,
             { "Flatbed", "ADF Front", "ADF Back", "ADF Duplex" } });
@@ -164,7 +166,8 @@ TEST_F(SaneScript, AreaInPixelsAndPageSizeOptionsAreServed)
     open();
     EXPECT_NEAR(m_device->sources()[0].maxWidthMm, 254, 0.01);
     ASSERT_EQ(configure().code(), orva::kOk);
-    EXPECT_EQ(m_script.option("page-width").value, 221);
+    // a feeder centres a sheet of this width; here it ends where the area ends
+    EXPECT_NEAR(m_script.option("page-width").value, 158, 0.01);
     EXPECT_NEAR(m_script.option("br-x").value, 158 / 25.4 * 300, 0.1);
 }
 
@@ -398,6 +401,83 @@ TEST_F(SaneScript, ASearchThatTakesLongGoesOnInTheBackground)
     EXPECT_EQ(m_script.count("init"), 1);
 }
 
+TEST_F(SaneScript, ADeadHandleIsClosedAndTheNextJobOpensTheScannerAnew)
+{
+    open();
+    ScriptFrame broken = grayFrame(4, 6, 20);
+    broken.reads[1].status = SANE_STATUS_IO_ERROR;
+    m_script.frames = { grayFrame(4, 6, 10), broken };
+    ASSERT_EQ(configure().code(), orva::kOk);
+    EXPECT_THAT(runJob(), ElementsAre(10, orva::kDeviceIo));
+    EXPECT_EQ(m_script.count("close"), 1);
+    int button = 0;
+    EXPECT_EQ(m_device->pressedButton(button).code(), orva::kNotInitialised);
+    EXPECT_EQ(m_script.count("open script:0"), 1); // looking at the buttons opens nothing
+    m_script.frames = { grayFrame(4, 6, 30) };
+    ASSERT_EQ(configure().code(), orva::kOk);
+    EXPECT_THAT(runJob(), ElementsAre(30, 1000));
+    EXPECT_EQ(m_script.count("open script:0"), 2);
+}
+
+/// The scanner as the SANE thread sees it, here on the test's own.
+class SaneScriptScanner : public SaneScript
+{
+protected:
+    SaneScriptScanner()
+        : m_scanner(
+            (m_runtime = std::make_shared<orva::SaneRuntime>(ScriptedSane::api(), m_limits)))
+    {
+    }
+    ~SaneScriptScanner() override { m_scanner.close(); }
+
+    orva::Status begin()
+    {
+        orva::AcquireSettings settings;
+        settings.source = 1;
+        settings.area = { "A5", 0, 0, 148, 210 };
+        const orva::Status status = m_scanner.open("script:0", "");
+        return status.ok() ? m_scanner.configure(settings) : status;
+    }
+    orva::Status side()
+    {
+        Page page;
+        bool end = false;
+        return m_scanner.nextSide(page, end);
+    }
+
+    orva::SaneScanner m_scanner;
+};
+
+TEST_F(SaneScriptScanner, AFeederThatNeverRunsEmptyEndsTheJob)
+{
+    ScriptFrame dot;
+    dot.parameters = parameters(SANE_FRAME_GRAY, 1, 1, 8);
+    dot.reads.push_back({ SANE_STATUS_GOOD, "x" });
+    m_script.frames = { dot };
+    m_script.neverEmpty = true;
+    ASSERT_EQ(begin().code(), orva::kOk);
+    orva::Status status;
+    for (int sides = 0; status.ok() && sides < 50'000; ++sides) {
+        status = side();
+    }
+    EXPECT_EQ(status.code(), orva::kDeviceIo);
+}
+
+TEST_F(SaneScriptScanner, ALateCancelDoesNotHitTheNextJob)
+{
+    m_script.frames = { grayFrame(4, 6, 10), grayFrame(4, 6, 20) };
+    ASSERT_EQ(begin().code(), orva::kOk);
+    ASSERT_EQ(side().code(), orva::kOk);
+    const unsigned first = m_scanner.batch();
+    m_scanner.endBatch();
+    ASSERT_EQ(begin().code(), orva::kOk);
+    ASSERT_EQ(side().code(), orva::kOk);
+    m_scanner.cancelFromOutside(first);
+    EXPECT_EQ(m_script.count("cancel"), 1); // the first job's own
+    m_scanner.cancelFromOutside(m_scanner.batch());
+    EXPECT_EQ(m_script.count("cancel"), 2);
+}
+
 TEST_F(SaneScript, AReplugedDeviceIsFoundUnderItsNewKey)
 {
     open();
@@ -409,6 +489,37 @@ TEST_F(SaneScript, AReplugedDeviceIsFoundUnderItsNewKey)
     m_script.devices = { { "script:7", "Paperlane", "P100", "sheetfed scanner" } };
     EXPECT_EQ(m_device->open().code(), orva::kOk);
     EXPECT_EQ(m_script.count("open script:7"), 1);
+}
+
+TEST_F(SaneScript, AnotherScannerOfTheSameModelIsNotTakenForTheOneThatIsAway)
+{
+    m_script.devices = { { "script:0", "Paperlane", "P100", "sheetfed scanner" },
+        { "script:1", "Paperlane", "P100", "sheetfed scanner" } };
+    open();
+    const orva::DeviceIdentity identity = m_device->identity();
+    m_device.reset();
+    m_device = m_driver->create(identity);
+    m_script.devices.erase(m_script.devices.begin());
+    m_script.openStatus["script:0"] = SANE_STATUS_INVAL;
+    EXPECT_EQ(m_device->open().code(), orva::kDeviceNotFound);
+    m_script.devices.push_back({ "script:7", "Paperlane", "P100", "sheetfed scanner" });
+    EXPECT_EQ(m_device->open().code(), orva::kOk);
+    EXPECT_EQ(m_script.count("open script:1"), 0);
+    EXPECT_EQ(m_script.count("open script:7"), 1);
+}
+
+TEST_F(SaneScript, AScannerThatIsAwayIsNotSearchedForAtEveryLook)
+{
+    m_limits.searchPause = 1h;
+    open();
+    const orva::DeviceIdentity identity = m_device->identity();
+    m_device.reset();
+    m_device = m_driver->create(identity);
+    m_script.openStatus["script:0"] = SANE_STATUS_INVAL;
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(m_device->open().code(), orva::kDeviceNotFound);
+    }
+    EXPECT_EQ(m_script.count("get_devices"), 2); // of the list, and of the first look
 }
 
 TEST_F(SaneScript, OpenFaultsHaveTheirCodes)
@@ -479,7 +590,8 @@ TEST(SaneSearch, OneScannerOfTwoDriversIsListedOnce)
     const std::vector<orva::FoundDevice> kept = orva::withoutDuplicates({
         { "escl:http://192.168.7.20:80", "Paperlane", "P300", "flatbed or ADF scanner", "", "" },
         { "airscan:e0:Paperlane P300", "Paperlane", "Paperlane P300", "ip=192.168.7.20", "", "" },
-        { "airscan:e1:Paperlane P300", "Paperlane", "Paperlane P300", "ip=192.168.7.21", "", "" },
+        { "airscan:w0:PAPERLANE P300", "WSD", "PAPERLANE P300", "ip=192.168.7.20", "", "" },
+        { "airscan:e1:Paperlane P300", "eSCL", "Paperlane P300", "ip=192.168.7.21", "", "" },
         { "test:0", "Noname", "frontend-tester", "virtual device", "", "" },
         { "test:1", "Noname", "frontend-tester", "virtual device", "", "" },
         { "test:1", "Noname", "frontend-tester", "virtual device", "", "" },
@@ -507,6 +619,24 @@ TEST(SaneSearch, UsbDevicesGetSerialNumberAndProductFromTheKernel)
     orva::addUsbFacts(found, folder.path().string());
     EXPECT_EQ(found.serial, "A1B2");
     EXPECT_EQ(found.vidPid, "0a1b:00c2");
+    const std::string list = folder.path().string();
+    EXPECT_FALSE(orva::isUnplugged("epsonds:libusb:001:012", list));
+    EXPECT_TRUE(orva::isUnplugged("epsonds:libusb:001:013", list)); // plugged in again since
+    EXPECT_FALSE(orva::isUnplugged("net:host:test:0", list));
+    EXPECT_FALSE(orva::isUnplugged("epsonds:libusb:001:013", list + "/none"));
+}
+
+TEST(SaneSearch, NamesAreReadableAndFitForAFolder)
+{
+    const auto nameOf = [](const char* key, const char* vendor, const char* model) {
+        return orva::identityOf({ key, vendor, model, "", "", "" }).name;
+    };
+    EXPECT_EQ(nameOf("a:1", "Paperlane", "P100"), "Paperlane P100");
+    EXPECT_EQ(nameOf("a:1", "paperlane", "PaperLane P100"), "PaperLane P100");
+    EXPECT_EQ(nameOf("a:1", "eSCL", "Paperlane P300"), "Paperlane P300");
+    EXPECT_EQ(nameOf("a:1", "", " P3000/P5000\t(USB)\n"), "P3000-P5000 (USB)");
+    EXPECT_EQ(nameOf("net:10.0.0.7:a:1", " ", ""), "net:10.0.0.7:a:1");
+    EXPECT_EQ(nameOf("escl:http://10.0.0.7:80", "", ".."), "escl:http:--10.0.0.7:80");
 }
 
 } // namespace

@@ -153,7 +153,9 @@ SANE_Status doStart(SANE_Handle)
         return SANE_STATUS_NO_DOCS;
     }
     g_script->current = g_script->frames.front();
-    g_script->frames.pop_front();
+    if (!g_script->neverEmpty) {
+        g_script->frames.pop_front();
+    }
     g_script->nextRead = 0;
     return g_script->current.start;
 }

@@ -77,6 +77,7 @@ public:
     std::map<std::string, SANE_Status> openStatus;
     bool cancelWakes = true;
     bool searchSilent = false;
+    bool neverEmpty = false; ///< the first frame is fed again and again
 
     mutable std::mutex mutex;
     std::condition_variable changed;
