@@ -8,8 +8,11 @@
 
 #include <CLI/CLI.hpp>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
@@ -38,44 +41,121 @@ Status notDone(const fs::path& file, const std::error_code& error)
     return { orva::kFileWrite, file.string() + ": " + error.message() };
 }
 
-/// Written under a hidden name first: the feeder never sees half a sheet.
-Status copyIntoTray(const fs::path& from, const fs::path& to)
+/// Hidden copies in the tray of the sheets that are being put in: the feeder never sees half of
+/// one. What is not put in goes away at the end, also after a fault.
+class SheetCopies
 {
-    const fs::path hidden = to.parent_path() / ("." + to.filename().string());
-    std::error_code error;
-    fs::copy_file(from, hidden, fs::copy_options::overwrite_existing, error);
-    if (error) {
-        std::error_code ignored;
-        fs::remove(hidden, ignored);
-        return notDone(from, error);
+public:
+    explicit SheetCopies(fs::path tray)
+        : m_tray(std::move(tray))
+    {
     }
-    ::chmod(hidden.c_str(), 0666);
-    fs::rename(hidden, to, error);
-    return error ? notDone(to, error) : Status();
+    ~SheetCopies()
+    {
+        for (const fs::path& copy : m_copies) {
+            std::error_code ignored;
+            fs::remove(copy, ignored);
+        }
+    }
+    SheetCopies(const SheetCopies&) = delete;
+    SheetCopies& operator=(const SheetCopies&) = delete;
+
+    Status make(const fs::path& from)
+    {
+        m_copies.push_back(m_tray
+            / ("." + std::to_string(::getpid()) + "-" + std::to_string(m_copies.size()) + ".new"));
+        std::error_code error;
+        fs::copy_file(from, m_copies.back(), fs::copy_options::overwrite_existing, error);
+        ::chmod(m_copies.back().c_str(), 0666);
+        return error ? notDone(from, error) : Status();
+    }
+
+    Status putIn(std::size_t index, const std::string& name)
+    {
+        std::error_code error;
+        fs::rename(m_copies[index], m_tray / name, error);
+        return error ? notDone(m_tray / name, error) : Status();
+    }
+
+    /// Of commands that were stopped while they copied.
+    void removeLeftovers() const
+    {
+        std::error_code error;
+        for (fs::directory_iterator entry(m_tray, error), end; !error && entry != end;
+             entry.increment(error)) {
+            const std::string name = entry->path().filename().string();
+            int process = 0;
+            if (entry->path().extension() == ".new"
+                && std::sscanf(name.c_str(), ".%d-", &process) == 1 && process > 0
+                && ::kill(process, 0) != 0 && errno == ESRCH) {
+                std::error_code ignored;
+                fs::remove(entry->path(), ignored);
+            }
+        }
+    }
+
+private:
+    const fs::path m_tray;
+    std::vector<fs::path> m_copies;
+};
+
+/// The files that are named, a folder standing for the images in it.
+Status filesNamed(const std::vector<std::string>& names, std::vector<fs::path>& files)
+{
+    for (const std::string& name : names) {
+        const fs::path path(name);
+        std::error_code ignored;
+        if (fs::is_directory(path, ignored)) {
+            const std::vector<fs::path> images = orva::imagesOf(path);
+            if (images.empty()) {
+                return { orva::kDamagedPage, path.string() + ": no images in this folder" };
+            }
+            files.insert(files.end(), images.begin(), images.end());
+        } else if (!fs::is_regular_file(path, ignored)) {
+            return { orva::kDamagedPage, path.string() + ": no such file" };
+        } else if (!orva::isImageName(path)) {
+            return { orva::kDamagedPage,
+                path.string() + ": the feeder takes .jpg, .png, .tif, .pnm, .pbm, .pgm and .ppm" };
+        } else {
+            files.push_back(path);
+        }
+    }
+    return {};
 }
 
-/// All or nothing as far as the files are readable images: a wrong name puts no sheet in.
+/// A wrong name puts no sheet in. A damaged image is put in, with a warning: it is a way to see
+/// what becomes of one.
 Status loadFiles(const StateStore& store, const std::vector<std::string>& names)
 {
-    std::vector<fs::path> files(names.begin(), names.end());
+    std::vector<fs::path> files;
+    if (Status status = filesNamed(names, files); !status.ok()) {
+        return status;
+    }
     for (const fs::path& file : files) {
         int count = 0;
-        if (!fs::is_regular_file(file)) {
-            return { orva::kDamagedPage, file.string() + ": no such file" };
-        }
         if (Status status = orva::countImages(file, count); !status.ok()) {
             std::cerr << "virtual-scanner: warning: " << status.detail() << '\n';
         }
     }
-    Status copied;
+    if (Status status = store.prepare(); !status.ok()) {
+        return status;
+    }
+    SheetCopies copies(store.tray());
+    copies.removeLeftovers();
+    for (const fs::path& file : files) { // before the lock: others wait for it two seconds only
+        if (Status status = copies.make(file); !status.ok()) {
+            return status;
+        }
+    }
+    Status done;
     const Status status = store.update([&](ScannerState& state) {
         state.empty = false;
         const std::vector<std::string> trayNames = orva::trayNames(files, store.tray());
-        for (std::size_t i = 0; i < files.size() && copied.ok(); ++i) {
-            copied = copyIntoTray(files[i], store.tray() / trayNames[i]);
+        for (std::size_t i = 0; i < files.size() && done.ok(); ++i) {
+            done = copies.putIn(i, trayNames[i]);
         }
     });
-    return status.ok() ? copied : status;
+    return status.ok() ? done : status;
 }
 
 Status moveAll(const fs::path& from, const fs::path& to)
@@ -83,7 +163,7 @@ Status moveAll(const fs::path& from, const fs::path& to)
     std::error_code error;
     std::vector<fs::path> files;
     for (const fs::directory_entry& entry : fs::directory_iterator(from, error)) {
-        if (entry.is_regular_file(error)) {
+        if (entry.is_regular_file(error) && entry.path().filename().string().front() != '.') {
             files.push_back(entry.path());
         }
     }
@@ -171,15 +251,21 @@ void printJson(const StateStore& store)
               << ", \"slowMs\": " << faults.slowMs << "}}\n";
 }
 
-const std::map<std::string, int>& buttons()
+/// Puts the number of the button in the place of its name.
+std::string buttonNumber(std::string& name)
 {
-    static const std::map<std::string, int> names {
-        { "scan", static_cast<int>(orva::Button::kScan) },
-        { "open", static_cast<int>(orva::Button::kScanAndOpen) },
-        { "window", static_cast<int>(orva::Button::kToggleWindow) },
-        { "cancel", static_cast<int>(orva::Button::kCancel) },
+    static const std::map<std::string, orva::Button> names {
+        { "scan", orva::Button::kScan },
+        { "open", orva::Button::kScanAndOpen },
+        { "window", orva::Button::kToggleWindow },
+        { "cancel", orva::Button::kCancel },
     };
-    return names;
+    const auto found = names.find(CLI::detail::to_lower(name));
+    if (found == names.end()) {
+        return "no button '" + name + "'; there are scan, open, window and cancel";
+    }
+    name = std::to_string(static_cast<int>(found->second));
+    return {};
 }
 
 int run(int argc, char** argv)
@@ -193,7 +279,8 @@ int run(int argc, char** argv)
     std::vector<std::string> files;
     bool again = false;
     bool samples = false;
-    load->add_option("files", files, "JPEG, PNG, TIFF or PNM; x-front and x-back are one sheet");
+    load->add_option("files", files,
+        "JPEG, PNG, TIFF or PNM, or folders of them; x-front and x-back are one sheet");
     load->add_flag("--again", again, "Put the sheets that were fed back into the tray");
     load->add_flag(
         "--samples", samples, "Let the sample sheets be fed again while the tray is empty");
@@ -204,7 +291,7 @@ int run(int argc, char** argv)
     int button = 0;
     press->add_option("button", button, "scan, open, window or cancel")
         ->required()
-        ->transform(CLI::CheckedTransformer(buttons(), CLI::ignore_case));
+        ->transform(CLI::Validator(buttonNumber, ""));
 
     auto* fault = app.add_subcommand("fault", "Arm a fault; sheets count from 1 in every job");
     fault->require_subcommand(1);
@@ -231,7 +318,12 @@ int run(int argc, char** argv)
     bool json = false;
     show->add_flag("--json", json, "For programs");
 
-    CLI11_PARSE(app, argc, argv);
+    constexpr int kUsageError = 2;
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : kUsageError;
+    }
 
     const StateStore store { fs::path(folder) };
     if (show->parsed()) {
@@ -244,7 +336,7 @@ int run(int argc, char** argv)
     if (load->parsed()) {
         if (files.empty() && !again && !samples) {
             std::cerr << "virtual-scanner: load what? Name files, or --again, or --samples\n";
-            return 1;
+            return kUsageError;
         }
         if (again) {
             if (const int code = report(moveSheets(store, store.fed(), store.tray(), false));

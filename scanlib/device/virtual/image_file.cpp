@@ -45,6 +45,11 @@ ImageKind kindOf(std::FILE* stream)
     return ImageKind::kUnknown;
 }
 
+Status unknownKind(const std::filesystem::path& file)
+{
+    return damaged(file, "not a JPEG, PNG, TIFF or PNM image");
+}
+
 FilePointer openFile(const std::filesystem::path& file, Status& status)
 {
     FilePointer stream(std::fopen(file.c_str(), "rbe"));
@@ -93,7 +98,14 @@ Status countImages(const std::filesystem::path& file, int& count)
     if (stream == nullptr) {
         return status;
     }
-    return kindOf(stream.get()) == ImageKind::kTiff ? countTiffPages(file, count) : Status();
+    switch (kindOf(stream.get())) {
+    case ImageKind::kTiff:
+        return countTiffPages(file, count);
+    case ImageKind::kUnknown:
+        return unknownKind(file);
+    default:
+        return {};
+    }
 }
 
 Status readImage(const std::filesystem::path& file, int index, PixelFormat wanted, Page& page)
@@ -118,7 +130,7 @@ Status readImage(const std::filesystem::path& file, int index, PixelFormat wante
             status = readPnm(file, stream.get(), wanted, page);
             break;
         case ImageKind::kUnknown:
-            return damaged(file, "not a JPEG, PNG, TIFF or PNM image");
+            return unknownKind(file);
         }
     } catch (const std::bad_alloc&) {
         return { kNoMemory, file.string() };

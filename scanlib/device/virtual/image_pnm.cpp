@@ -63,11 +63,13 @@ bool readHeader(std::FILE* stream, PnmHeader& header)
     return maxValue >= 1 && maxValue <= 65535;
 }
 
-/// Fills the page's pixels from the file as they are. Appending piece by piece, the way for a page
-/// without memory, touches every byte once where resize would write it a first time with zeros.
+/// Fills the page's pixels from the file as they are: one read into memory that is there. Appending
+/// piece by piece, the way for a page without memory, touches every byte once where resize would
+/// write it a first time with zeros.
 bool readPixels(std::FILE* stream, Page& page, std::size_t bytes)
 {
-    if (page.pixels.size() == bytes) {
+    if (page.pixels.capacity() >= bytes && page.pixels.size() > bytes / 2) {
+        page.pixels.resize(bytes); // zeros, if any, for the end only
         return std::fread(page.pixels.data(), 1, bytes, stream) == bytes;
     }
     page.pixels.clear();

@@ -221,7 +221,7 @@ Status StateStore::update(const std::function<void(ScannerState&)>& change) cons
     constexpr int kTries = 200;
     for (int i = 0; ::flock(lock.get(), LOCK_EX | LOCK_NB) != 0; ++i) {
         if (i >= kTries) {
-            return failure("cannot lock", lockFile);
+            return { kFileWrite, lockFile.string() + " is held by another program" };
         }
         ::usleep(10'000);
     }

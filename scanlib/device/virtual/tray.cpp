@@ -21,17 +21,6 @@ namespace fs = std::filesystem;
 constexpr std::string_view kFrontMark = "-front";
 constexpr std::string_view kBackMark = "-back";
 
-bool isImageName(const fs::path& file)
-{
-    static constexpr std::array<std::string_view, 9> kExtensions { ".jpg", ".jpeg", ".png", ".tif",
-        ".tiff", ".pnm", ".pbm", ".pgm", ".ppm" };
-    std::string extension = file.extension().string();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-        [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return std::find(kExtensions.begin(), kExtensions.end(), extension) != kExtensions.end()
-        && file.filename().string().front() != '.';
-}
-
 /// The name without extension and mark; mark tells which one it was.
 std::string sheetStem(const fs::path& file, std::string_view& mark)
 {
@@ -48,6 +37,19 @@ std::string sheetStem(const fs::path& file, std::string_view& mark)
     return stem;
 }
 
+} // namespace
+
+bool isImageName(const fs::path& file)
+{
+    static constexpr std::array<std::string_view, 9> kExtensions { ".jpg", ".jpeg", ".png", ".tif",
+        ".tiff", ".pnm", ".pbm", ".pgm", ".ppm" };
+    std::string extension = file.extension().string();
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+        [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return std::find(kExtensions.begin(), kExtensions.end(), extension) != kExtensions.end()
+        && file.filename().string().front() != '.';
+}
+
 std::vector<fs::path> imagesOf(const fs::path& folder)
 {
     std::vector<fs::path> files;
@@ -62,8 +64,6 @@ std::vector<fs::path> imagesOf(const fs::path& folder)
     std::sort(files.begin(), files.end());
     return files;
 }
-
-} // namespace
 
 std::vector<Sheet> listSheets(const fs::path& folder)
 {

@@ -17,6 +17,13 @@ struct Sheet
     bool lastOfFile = true; ///< the file leaves the tray with this sheet
 };
 
+/// Whether the feeder takes a file of this name: JPEG, PNG, TIFF or PNM by its extension, not
+/// hidden.
+bool isImageName(const std::filesystem::path& file);
+
+/// The images of a folder in the order of their names; a folder that cannot be read has none.
+std::vector<std::filesystem::path> imagesOf(const std::filesystem::path& folder);
+
 /// Images by their extension, no hidden files; a folder that cannot be read is empty. A file that
 /// cannot be understood counts as one sheet, so that feeding it tells the operator its name.
 std::vector<Sheet> listSheets(const std::filesystem::path& folder);

@@ -406,9 +406,45 @@ TEST_F(VirtualScannerCommand, LoadsInTheOrderGivenAndTakesOut)
     ASSERT_EQ(command("load --again"), 0);
     ASSERT_EQ(command("unload"), 0);
     EXPECT_THAT(runJob(kFeeder), ElementsAre(orva::kNoPaper));
-    EXPECT_NE(command("load /no/such/file.png"), 0);
-    EXPECT_NE(command("press nothing"), 0);
-    EXPECT_NE(command("fault jam --sheet 0"), 0);
+}
+
+TEST_F(VirtualScannerCommand, WrongWordsPutNoSheetInAndSayWhy)
+{
+    const std::string good = source("a.png", 3);
+    writeText(m_folder.path() / "notes.txt", "notes");
+    const std::string notes = "'" + (m_folder.path() / "notes.txt").string() + "'";
+    const auto bare = m_folder.path() / "bare";
+    std::filesystem::create_directories(bare);
+    struct Row
+    {
+        std::string arguments;
+        int code;
+        const char* text;
+    };
+    for (const Row& row : { Row { "load" + good + " /no/such/file.png", 1, "no such file" },
+             Row { "load" + good + " " + notes, 1, "the feeder takes" },
+             Row { "load '" + bare.string() + "'", 1, "no images in this folder" },
+             Row { "load", 2, "load what?" }, Row { "press nothing", 2, "no button 'nothing'" },
+             Row { "fault jam --sheet 0", 2, "--sheet" }, Row { "tidy", 2, "subcommand" } }) {
+        SCOPED_TRACE(row.arguments);
+        std::string text;
+        EXPECT_EQ(command(row.arguments, &text), row.code);
+        EXPECT_THAT(text, testing::HasSubstr(row.text));
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(store().tray()));
+}
+
+TEST_F(VirtualScannerCommand, AFolderStandsForItsImagesAndCopiesLeftBehindAreCleared)
+{
+    const auto folder = m_folder.path() / "sheets";
+    std::filesystem::create_directories(folder);
+    writePng(folder / "b.png", plain(50, 50, 2, 127));
+    writePng(folder / "a.png", plain(50, 50, 1, 127));
+    writeText(folder / "notes.txt", "notes");
+    writeText(store().tray() / ".999999999-0.new", "of a command that was stopped");
+    ASSERT_EQ(command("load '" + folder.string() + "'"), 0);
+    EXPECT_FALSE(std::filesystem::exists(store().tray() / ".999999999-0.new"));
+    EXPECT_THAT(runJob(kFeeder), ElementsAre(1, 2, 1000));
 }
 
 TEST_F(VirtualScannerCommand, PressesButtonsAndArmsFaults)
