@@ -1,5 +1,6 @@
 // Page operations and encoders on one drawn A4 page at 300 dpi. Every figure is also given as a
 // multiple of copying the page's memory, measured in the same run, so that machines compare.
+#include "bench/drawn_page.h"
 #include "scanlib/page/operations.h"
 #include "scanlib/writers/writer.h"
 
@@ -8,41 +9,15 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
-#include <random>
 
 namespace {
 
 using namespace orva;
 
-/// Print, a picture and scanner noise.
-Page drawnPage(PixelFormat format)
-{
-    Page page;
-    page.dpiX = page.dpiY = 300;
-    page.allocate(2480, 3508, format);
-    std::mt19937 random(1);
-    std::normal_distribution<double> noise(0, 2);
-    const int channels = format == PixelFormat::kRgb ? 3 : 1;
-    for (int y = 0; y < page.height; ++y) {
-        std::uint8_t* out = page.row(y);
-        for (int x = 0; x < page.width; ++x) {
-            const bool text = y > 300 && y < 2000 && y % 60 < 36 && x > 300 && x < 2200
-                && (x / 9 + y / 12) % 4 == 0;
-            const bool picture = y > 2200 && y < 3200 && x > 1200 && x < 2200;
-            const int level = text ? 40 : picture ? 60 + (x + y) % 700 / 5 : 240;
-            for (int c = 0; c < channels; ++c) {
-                const int value = level - 4 * c + static_cast<int>(noise(random));
-                *out++ = static_cast<std::uint8_t>(std::clamp(value, 0, 255));
-            }
-        }
-    }
-    return page;
-}
-
 const Page& samplePage(bool color)
 {
-    static const Page gray = drawnPage(PixelFormat::kGray);
-    static const Page rgb = drawnPage(PixelFormat::kRgb);
+    static const Page gray = bench::drawnPage(PixelFormat::kGray, 1);
+    static const Page rgb = bench::drawnPage(PixelFormat::kRgb, 1);
     return color ? rgb : gray;
 }
 
