@@ -26,6 +26,8 @@ constexpr double kLeastSheetShare =
 
 constexpr double kInset = 0.75; // reduced pixels: the half-covered ones at an edge stay out
 constexpr int kBackingSpread = 40; // grey levels
+// Scanners, and areas rounded up to whole pixels, leave light lines along the rim.
+constexpr int kRim = 3; // reduced pixels
 constexpr double kMostStrayShare = 0.02;
 
 double tangent(double degrees)
@@ -216,21 +218,46 @@ std::optional<double> slopeOf(const SheetEdges& edges, const Blob& sheet)
     return sum / weight;
 }
 
+/// Grey level that a tenth of the frame that far inside is darker than.
+int darkLevelOfFrame(const Page& gray, int inset)
+{
+    Page frame;
+    frame.allocate(2 * (gray.width + gray.height), 1, PixelFormat::kGray);
+    std::uint8_t* out = frame.pixels.data();
+    for (int x = 0; x < gray.width; ++x) {
+        *out++ = gray.row(inset)[x];
+        *out++ = gray.row(gray.height - 1 - inset)[x];
+    }
+    for (int y = 0; y < gray.height; ++y) {
+        *out++ = gray.row(y)[inset];
+        *out++ = gray.row(y)[gray.width - 1 - inset];
+    }
+    return levelAtShare(lumaHistogram(frame), 0.1);
+}
+
 /// Grey level of the rim where it is dark.
 int backingLevel(const Page& gray)
 {
-    Page rim;
-    rim.allocate(2 * (gray.width + gray.height), 1, PixelFormat::kGray);
-    std::uint8_t* out = rim.pixels.data();
-    for (int x = 0; x < gray.width; ++x) {
-        *out++ = gray.row(0)[x];
-        *out++ = gray.row(gray.height - 1)[x];
-    }
+    return std::min(darkLevelOfFrame(gray, 0), darkLevelOfFrame(gray, kRim));
+}
+
+/// "Black" where the page is light, for the search of connected areas. The rim is light only where
+/// what lies beside it is.
+Page lightAreas(const Page& gray, int limit)
+{
+    Page light;
+    light.allocate(gray.width, gray.height, PixelFormat::kBlackWhite);
     for (int y = 0; y < gray.height; ++y) {
-        *out++ = gray.row(y)[0];
-        *out++ = gray.row(y)[gray.width - 1];
+        const std::uint8_t* const row = gray.row(y);
+        const std::uint8_t* const inner = gray.row(std::clamp(y, kRim, gray.height - 1 - kRim));
+        for (int x = 0; x < gray.width; ++x) {
+            if (row[x] > limit && inner[std::clamp(x, kRim, gray.width - 1 - kRim)] > limit) {
+                light.row(y)[x >> 3] =
+                    static_cast<std::uint8_t>(light.row(y)[x >> 3] | (0x80 >> (x & 7)));
+            }
+        }
     }
-    return levelAtShare(lumaHistogram(rim), 0.1);
+    return light;
 }
 
 /// Each edge through its own middle, all at the common angle; an unseen one is the rim.
@@ -271,8 +298,8 @@ bool onlyBackingOutside(const Page& gray, const TiltedRect& rect, int backing)
     const double sine = std::sin(rect.degrees * kPi / 180.0);
     long outside = 0;
     long other = 0;
-    for (int y = 0; y < gray.height; ++y) {
-        for (int x = 0; x < gray.width; ++x) {
+    for (int y = kRim; y < gray.height - kRim; ++y) {
+        for (int x = kRim; x < gray.width - kRim; ++x) {
             const double u = (x - rect.x) * cosine + (y - rect.y) * sine;
             const double v = (y - rect.y) * cosine - (x - rect.x) * sine;
             if (u < -kSlack || v < -kSlack || u > rect.width + kSlack || v > rect.height + kSlack) {
@@ -292,18 +319,7 @@ std::optional<TiltedRect> findSheet(const Page& gray)
     if (backing >= kDarkestPaper || paper - backing < kLeastEdgeContrast) {
         return std::nullopt;
     }
-    // Light is "black" for the search of connected areas.
-    Page light;
-    light.allocate(gray.width, gray.height, PixelFormat::kBlackWhite);
-    const int limit = backing + (paper - backing) * 2 / 5;
-    for (int y = 0; y < gray.height; ++y) {
-        for (int x = 0; x < gray.width; ++x) {
-            if (gray.row(y)[x] > limit) {
-                light.row(y)[x >> 3] =
-                    static_cast<std::uint8_t>(light.row(y)[x >> 3] | (0x80 >> (x & 7)));
-            }
-        }
-    }
+    const Page light = lightAreas(gray, backing + (paper - backing) * 2 / 5);
     const Blobs found = findBlobs(light);
     const Blob box = paperBox(found, gray.width, gray.height);
     if (static_cast<double>(box.area) < kLeastSheetShare * gray.width * gray.height) {

@@ -211,6 +211,30 @@ TEST(Deskew, cutsTheSheetOutOfItsDarkBacking)
     }
 }
 
+TEST(Deskew, aLightLineAlongTheRimIsNotTheEdgeOfTheSheet)
+{
+    for (const double degrees : { -1.5, 2.2 }) {
+        // The sheet runs out of the area at one corner, so that the line touches it.
+        Page scan = scannedTilted(letter(PixelFormat::kRgb), degrees, 1220, 1740, { 38, 38, 38 });
+        for (int line = 0; line < 2; ++line) {
+            fillRect(scan, line * (scan.width - 2), 0, 2, scan.height, kWhite);
+            fillRect(scan, 0, line * (scan.height - 2), scan.width, 2, kWhite);
+        }
+        cropAndDeskew(scan);
+        EXPECT_NEAR(textSkewDegrees(scan), 0, 0.1);
+        for (const int along : { 2, 25, 50, 75, 98 }) {
+            const int x = scan.width * along / 100;
+            const int y = scan.height * along / 100;
+            for (const int in : { 2, 8 }) {
+                EXPECT_GT(pixel(scan, x, in).red, 150) << degrees << " top " << along;
+                EXPECT_GT(pixel(scan, x, scan.height - 1 - in).red, 150) << degrees;
+                EXPECT_GT(pixel(scan, in, y).red, 150) << degrees << " left " << along;
+                EXPECT_GT(pixel(scan, scan.width - 1 - in, y).red, 150) << degrees;
+            }
+        }
+    }
+}
+
 TEST(Deskew, aSmallSheetWithATornCornerIsStillFoundWhole)
 {
     Page card = blankPage(680, 430, PixelFormat::kRgb, { 235, 240, 240 });
