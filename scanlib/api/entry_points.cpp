@@ -40,7 +40,7 @@ int guarded(Body body) noexcept
     }
 }
 
-/// Asks for a text and copies it out.
+/// Asks for a text and copies it out; an empty one after a failure, for callers that do not look.
 template <typename Ask>
 int guardedText(char* out, int size, Ask ask) noexcept
 {
@@ -48,6 +48,7 @@ int guardedText(char* out, int size, Ask ask) noexcept
         if (out == nullptr || size <= 0) {
             return kBadArgument;
         }
+        out[0] = '\0';
         std::string text;
         const int code = ask(text);
         if (code == kOk) {

@@ -9,6 +9,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <limits>
@@ -94,6 +95,19 @@ protected:
     TemporaryFolder saneConfig;
     Library library;
 };
+
+int entriesOf(const char* folder)
+{
+    return static_cast<int>(namesIn(folder).size());
+}
+
+FileParam outputTo(const std::filesystem::path& folder)
+{
+    FileParam file {};
+    std::strncpy(file.szFilePath, folder.c_str(), sizeof(file.szFilePath) - 1);
+    std::strcpy(file.szIndex, "08");
+    return file;
+}
 
 /// Two sheets in the tray: small grey pictures in the PGM format.
 void loadTray()
@@ -189,11 +203,9 @@ TEST_F(EntryPoints, aJobBecomesFiles)
     ImageParam image {};
     image.nGamma = 1.0F;
     ASSERT_EQ(library.SetImageParam(image), kOk);
-    FileParam file {};
-    std::strncpy(file.szFilePath, output.path().c_str(), sizeof(file.szFilePath) - 1);
+    FileParam file = outputTo(output.path());
     std::strcpy(file.szFileName, "doc");
     std::strcpy(file.szSeparator, "-");
-    std::strcpy(file.szIndex, "08");
     ASSERT_EQ(library.SetFileParam(file), kOk);
     EXPECT_EQ(library.Scan(), kOk);
     EXPECT_EQ(g_errors, std::vector<int> {});
@@ -208,4 +220,103 @@ TEST_F(EntryPoints, aJobBecomesFiles)
     EXPECT_EQ(page.nPage, 2);
     EXPECT_EQ(library.ClearTmpData(), kOk);
     EXPECT_TRUE(namesIn(installedLibraryPaths().spool).empty());
+}
+
+TEST_F(EntryPoints, beforeASelectionNothingIsAnsweredAndTextsAreEmpty)
+{
+    char name[64] = "old";
+    EXPECT_EQ(library.GetCurScannerName(name), kNoScannerSelected);
+    EXPECT_STREQ(name, "");
+    std::strcpy(name, "old");
+    EXPECT_EQ(library.GetScannerName(1000, name), kIndexOutOfRange);
+    EXPECT_STREQ(name, "");
+    double d = 7;
+    int x = 7;
+    float seconds = 7;
+    _tagPageParameter page {};
+    EXPECT_EQ(library.GetScannerState(), kNoScannerSelected);
+    EXPECT_EQ(library.GetCurScanSource(), kNoScannerSelected);
+    EXPECT_EQ(library.GetColorMode(), kNoScannerSelected);
+    EXPECT_EQ(library.GetPaperSizeMax(d, d), kNoScannerSelected);
+    EXPECT_EQ(library.GetCurPaperSize(d, d, d, d), kNoScannerSelected);
+    EXPECT_EQ(library.GetCurResolution(x, x), kNoScannerSelected);
+    EXPECT_EQ(library.GetPrefeed(&seconds), kNoScannerSelected);
+    EXPECT_EQ(library.GetScannerSleepTime(x, x), kNoScannerSelected);
+    EXPECT_EQ(library.GetPageParameters(&page), kNoScannerSelected);
+    EXPECT_EQ(library.HavePaper(), kNoScannerSelected);
+    EXPECT_EQ(library.GetButtonStatus(), kNoScannerSelected);
+    EXPECT_EQ(library.Scan(), kNoScannerSelected);
+    EXPECT_EQ(d + x + static_cast<double>(seconds), 21) << "values stay as they were";
+
+    ASSERT_TRUE(selectVirtual());
+    EXPECT_EQ(library.GetScannerState(), 0);
+    EXPECT_EQ(library.GetPageParameters(&page), kOk);
+    EXPECT_EQ(page.nPage, 0) << "nothing was scanned yet";
+    EXPECT_EQ(library.GetPaperSizeMax(d, d), kOk);
+    EXPECT_GT(d, 290);
+    for (const int answer : { library.SetScanSpeed(1), library.GetOverScan(),
+             library.SetOverScanValue(1, 1), library.UpLoad(0, "/tmp") }) {
+        EXPECT_EQ(answer, kNotSupported);
+    }
+}
+
+TEST_F(EntryPoints, tenLivesLeaveNothingOpen)
+{
+    const TemporaryFolder output;
+    int descriptors = 0;
+    int threads = 0;
+    for (int life = 0; life < 10; ++life) {
+        loadTray();
+        ASSERT_TRUE(selectVirtual());
+        library.SetStateCallback(onState, nullptr);
+        library.SetFileParam(outputTo(output.path()));
+        EXPECT_EQ(library.Scan(), kOk);
+        EXPECT_EQ(library.UnInit(), kOk);
+        EXPECT_EQ(library.GetScannerCount(), kNotInitialised);
+        if (life == 0) { // what the process opens once for all
+            descriptors = entriesOf("/proc/self/fd");
+            threads = entriesOf("/proc/self/task");
+        }
+        EXPECT_EQ(entriesOf("/proc/self/fd"), descriptors) << "life " << life;
+        EXPECT_EQ(entriesOf("/proc/self/task"), threads) << "life " << life;
+        // As the application does at its end; the next start binds anew.
+        EXPECT_EQ(dlclose(library.handle), 0);
+        library = Library();
+        EXPECT_EQ(library.Init(), kOk);
+    }
+    EXPECT_EQ(namesIn(output.path()).size(), 20U);
+}
+
+TEST_F(EntryPoints, aDroppedColourIsGoneFromGreyFiles)
+{
+    const TemporaryFolder output;
+    std::string stamp = "P6\n200 300\n255\n";
+    for (int i = 0; i < 200 * 300; ++i) {
+        stamp += i / 200 < 150 ? "\xE0\x20\x20" : "\x20\x20\x20"; // red above black
+    }
+    writeFile(installedLibraryPaths().virtualScanner / "tray" / "sheet.ppm", stamp);
+    ASSERT_TRUE(selectVirtual());
+    library.SetScanSource(1);
+    ASSERT_EQ(library.SetColorMode(1), kOk);
+    ImageParam image {};
+    image.nGamma = 1.0F;
+    image.nColorDropout = static_cast<int>(ColorDropout::kRed);
+    ASSERT_EQ(library.SetImageParam(image), kOk);
+    FileParam file = outputTo(output.path());
+    file.nFormatIndex = static_cast<int>(FileFormat::kBmp);
+    ASSERT_EQ(library.SetFileParam(file), kOk);
+    EXPECT_EQ(library.Scan(), kOk);
+    const std::string bmp = contentOf(output.path() / "08.bmp");
+    ASSERT_GT(bmp.size(), 100'000U);
+    EXPECT_EQ(bmp[28], 8) << "bits a pixel";
+    const auto pixels = bmp.substr(54 + 256 * 4);
+    const auto shareBetween = [&](int low, int high) {
+        return static_cast<double>(std::count_if(pixels.begin(), pixels.end(),
+                   [&](unsigned char level) { return level >= low && level <= high; }))
+            / static_cast<double>(pixels.size());
+    };
+    // Red is as light as its own channel; its grey would be 89.
+    EXPECT_GT(shareBetween(210, 240), 0.4);
+    EXPECT_GT(shareBetween(20, 45), 0.3);
+    EXPECT_LT(shareBetween(60, 200), 0.02);
 }

@@ -4,6 +4,9 @@
 #include "scanlib/session/recovery.h"
 #include "tests/scanlib/session/fakes.h"
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <future>
 #include <random>
 #include <thread>
@@ -158,4 +161,31 @@ TEST_F(AnyOrder, aCommitThatFailedTakesNoPageWithIt)
     EXPECT_EQ(left.unsaved.front().number, 2);
     EXPECT_EQ(left.files, 1U);
     journal.remove();
+}
+
+TEST_F(AnyOrder, anotherProcessNeitherRecoversNorClearsARunningJob)
+{
+    session.reset();
+    device.sheets = 60;
+    device.perSide = 3ms;
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        setUpSession();
+        choose({ FileFormat::kPdf, true }); // all payloads lie in the spool until the end
+        _exit(session->scan() == kOk ? 0 : 1);
+    }
+    const std::filesystem::path spool = folder.path() / "spool";
+    int status = 0;
+    int rounds = 0;
+    while (waitpid(child, &status, WNOHANG) == 0) {
+        EXPECT_EQ(recoverJobs(spool, fakeTools(pages), CancelToken()), 0);
+        EXPECT_TRUE(clearSpool(spool).ok());
+        rounds += spoolFolders(spool).empty() ? 0 : 1;
+        std::this_thread::sleep_for(200us);
+    }
+    EXPECT_EQ(status, 0);
+    EXPECT_GT(rounds, 10) << "the job must be met while it runs";
+    EXPECT_EQ(savedPages(), upTo(60));
+    EXPECT_EQ(visibleNames().size(), 1U);
 }
