@@ -13,6 +13,7 @@
 #include <QIcon>
 #include <QPushButton>
 #include <QScreen>
+#include <QTextCodec>
 #include <QTranslator>
 
 #include <libintl.h>
@@ -113,8 +114,10 @@ Application::Application(int& argc, char** argv)
 {
     // The main window ends the application. A splash that the user closes must not.
     setQuitOnLastWindowClosed(false);
-    // Qt takes the locale of the environment; numbers in files keep their point.
+    // Qt takes the locale of the environment; numbers in files keep their point, and paths and the
+    // library's texts are UTF-8 also where the environment has no locale.
     std::setlocale(LC_NUMERIC, "C");
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
 }
 
 bool Application::notify(QObject* receiver, QEvent* event)

@@ -15,7 +15,7 @@ extern MainWindow* g_MainWindow;
 extern splashScreen* g_waitingDlg;
 
 /// The application object. An exception that reaches the event loop is logged with its text, and
-/// the application goes on.
+/// the application goes on. 8-bit text is UTF-8 whatever the locale.
 class Application : public QApplication
 {
 public:

@@ -77,3 +77,19 @@ TEST_F(ApplicationTest, aPidFileThatCannotBeOpenedEndsItWithStatusOne)
     EXPECT_THAT(process.output(), Not(HasSubstr("new MainWindow")));
     EXPECT_THAT(Sandbox::runLog(), HasSubstr("return fd = -1, can't open " + pidFile()));
 }
+
+TEST_F(ApplicationTest, goesOnWhenNobodyReadsWhatItPrints)
+{
+    for (const ApplicationProcess::Output output :
+        { ApplicationProcess::Output::kClosedPipe, ApplicationProcess::Output::kNone }) {
+        std::filesystem::remove(Sandbox::runLogFile());
+        ApplicationProcess process({}, output);
+        EXPECT_TRUE(waitUntil(
+            [] {
+                return Sandbox::runLog().find("[func:getOnLineScanDevices]") != std::string::npos;
+            },
+            std::chrono::seconds(20)));
+        EXPECT_EQ(process.waitForEnd(std::chrono::milliseconds(300)), -1) << "it runs on";
+        EXPECT_EQ(readBytes(pidFile()), idBytes(process.process())) << "no printed line in it";
+    }
+}

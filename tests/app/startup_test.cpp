@@ -1,6 +1,7 @@
 // Start-up inside the test process: the real window, the scripted library, every box answered.
 #include "app/common.h"
 #include "app/install_paths.h"
+#include "app/standard_streams.h"
 #include "app/startup.h"
 #include "dialogs/onlinescanners.h"
 #include "dialogs/splashscreen.h"
@@ -9,6 +10,7 @@
 #include "tests/support/answer_modal.h"
 #include "tests/support/sandbox.h"
 
+#include <QFile>
 #include <QMessageBox>
 #include <QTest>
 #include <QTimer>
@@ -177,6 +179,12 @@ TEST(StartUp, anExceptionInTheEventLoopIsLoggedAndTheApplicationGoesOn)
     EXPECT_THAT(Sandbox::runLog(), HasSubstr("[func:notify]stof\n"));
 }
 
+TEST(StartUp, pathsAndDeviceNamesAreUtf8WithoutALocale)
+{
+    EXPECT_EQ(QFile::encodeName(QStringLiteral("/扫描文件/一")), QByteArray("/扫描文件/一"));
+    EXPECT_EQ(QString::fromLocal8Bit("扫描仪"), QStringLiteral("扫描仪"));
+}
+
 TEST(SdkInitSuccess, tellsTheUserAndClosesTheWindowWhenTheLibraryFailed)
 {
     const Sandbox sandbox;
@@ -206,7 +214,8 @@ int main(int argc, char** argv)
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     }
-    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ); // as the executable does
+    prepareStandardStreams();
+    qputenv("LC_ALL", "C"); // as a service or a device rule would start it
     ::testing::InitGoogleMock(&argc, argv);
     const Application application(argc, argv);
     return RUN_ALL_TESTS();

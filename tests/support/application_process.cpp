@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <csignal>
 #include <filesystem>
 #include <stdexcept>
@@ -15,9 +16,30 @@ namespace {
 
 constexpr char kProgram[] = TARVEX_BUILD_DIR "/app/TarvexBaseUI";
 
+// In the child.
+void placeOutput(ApplicationProcess::Output output, const std::string& file)
+{
+    const int out = ::open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+    ::dup2(out, STDOUT_FILENO);
+    ::dup2(out, STDERR_FILENO);
+    if (output == ApplicationProcess::Output::kClosedPipe) {
+        std::array<int, 2> ends {};
+        if (::pipe(ends.data()) == 0) {
+            ::dup2(ends[1], STDOUT_FILENO);
+            ::close(ends[0]);
+            ::close(ends[1]);
+        }
+    } else if (output == ApplicationProcess::Output::kNone) {
+        ::close(STDIN_FILENO);
+        ::close(STDOUT_FILENO);
+        ::close(STDERR_FILENO);
+    }
+}
+
 } // namespace
 
-ApplicationProcess::ApplicationProcess(const std::map<std::string, std::string>& environment)
+ApplicationProcess::ApplicationProcess(
+    const std::map<std::string, std::string>& environment, Output output)
 {
     static int number = 0;
     m_output = Sandbox::path("application-" + std::to_string(++number) + ".out");
@@ -30,9 +52,7 @@ ApplicationProcess::ApplicationProcess(const std::map<std::string, std::string>&
     if (m_process != 0) {
         return;
     }
-    const int out = ::open(m_output.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
-    ::dup2(out, STDOUT_FILENO);
-    ::dup2(out, STDERR_FILENO);
+    placeOutput(output, m_output);
     ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
     for (const auto& [name, value] : environment) {
         ::setenv(name.c_str(), value.c_str(), 1);

@@ -11,8 +11,16 @@
 class ApplicationProcess
 {
 public:
-    /// Starts it at once, in an empty working folder. Standard output and error go to a file.
-    explicit ApplicationProcess(const std::map<std::string, std::string>& environment = {});
+    enum class Output
+    {
+        kFile, ///< standard output and error
+        kClosedPipe, ///< standard output; error goes to the file
+        kNone ///< not even a standard input is open
+    };
+
+    /// Starts it at once, in an empty working folder.
+    explicit ApplicationProcess(
+        const std::map<std::string, std::string>& environment = {}, Output output = Output::kFile);
     ~ApplicationProcess();
     ApplicationProcess(const ApplicationProcess&) = delete;
     ApplicationProcess& operator=(const ApplicationProcess&) = delete;
