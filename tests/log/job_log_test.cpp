@@ -212,6 +212,24 @@ TEST_F(JobLogTest, blocksOfTwoProcessesAndTwoThreadsNeverMix)
     EXPECT_EQ(blocks, 3 * kBlocks);
 }
 
+TEST_F(JobLogTest, printsWhereEveryLineGoesAndWhoseJobItIs)
+{
+    InstituteOfInformation record = batch();
+    ::testing::internal::CaptureStdout();
+    m_log.AddBatch(&record);
+    std::string expected = "[func:AddBatch] destHome = " + m_folder + "/\n";
+    for (int line = 0; line < 8 + 2; ++line) { // the block's eight and two files
+        expected += "chFile:" + m_folder + "/2024-3\n";
+    }
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(), expected);
+
+    const ScopedEnvironment home("HOME", "/home/扫描员");
+    ::testing::internal::CaptureStdout();
+    m_log.GetCurUserName(record.userName);
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(),
+        "ITProLog::GetCurUserName(char *user) \nITProLog::GetCurUserName() 扫描员\nuser:扫描员\n");
+}
+
 TEST_F(JobLogTest, keepsItsFolderWhenTheNewOneIsNotWritable)
 {
     const std::string closed = Sandbox::path("closed");
