@@ -42,7 +42,7 @@ QImage picture(int side, int dpi)
     fill(image, dpi, { 4, 4, 20, 4 }, kBlack);
     fill(image, dpi, { 4, 4, 4, 20 }, kBlack);
     for (int bar = 0; bar < side; ++bar) {
-        fill(image, dpi, { 14.0 + 8 * bar, 30, 4, 18 }, kBlack);
+        fill(image, dpi, { 14.0 + 4 * bar, 30, 2, 18 }, kBlack);
     }
     const auto perMetre = static_cast<int>(std::lround(dpi / kMmPerInch * 1000));
     image.setDotsPerMeterX(perMetre);

@@ -89,3 +89,15 @@ TEST_F(ClosingJourney, titleBarWhileAScanRunsKeepsFinishedFiles)
     EXPECT_LT(side, 8);
     EXPECT_EQ(setting("FileStartBit").toInt(), 7 + side) << "none of them is written over";
 }
+
+TEST_F(ClosingJourney, titleBarWhileAnErrorIsShown)
+{
+    writeSettings();
+    scanner({ "unload" });
+    openMainWindow();
+    pressScan();
+    ASSERT_NE(display().wait(titles::kNotice), 0U);
+    display().pressCloseButton(mainWindow());
+    expectCleanEnd();
+    EXPECT_EQ(display().find(titles::kNotice), 0U);
+}

@@ -46,9 +46,8 @@ protected:
 
     // ---- before the start
 
-    /// The application runs as somebody who may not write everywhere (nobody, when the test runs as
-    /// root). The home folder is theirs.
-    void useOrdinaryUser();
+    /// Permissions of folders hold for the application even when the test runs as root.
+    void obeyPermissions() { m_obeysPermissions = true; }
 
     /// Settings of a device as the application itself leaves them, so that it finds itself used
     /// before: two-sided feeder, colour, business card, 100 dpi, no image operation, files
@@ -95,8 +94,6 @@ protected:
     static std::string dataRoot();
     static std::string settingsFile(const QString& device = kVirtualScanner);
     static QVariant setting(const QString& key, const QString& device = kVirtualScanner);
-    /// The run logs of all users.
-    static std::string runLogs();
     /// Neither hidden files beside the results nor pages in the spool.
     void expectNoLeftovers() const;
     Command installed(const std::string& program, std::vector<std::string> arguments = {}) const;
@@ -105,7 +102,7 @@ private:
     void stage();
 
     Sandbox m_sandbox;
-    std::optional<uid_t> m_user;
+    bool m_obeysPermissions = false;
     std::unique_ptr<VirtualDisplay> m_display;
     std::vector<std::unique_ptr<Process>> m_started;
     Process* m_application = nullptr;

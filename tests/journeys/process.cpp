@@ -4,7 +4,7 @@
 #include "tests/support/wait.h"
 
 #include <fcntl.h>
-#include <grp.h>
+#include <linux/capability.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -16,10 +16,13 @@
 
 namespace {
 
-void becomeUser(uid_t user)
+/// What is executed next lacks root's right to pass over permissions.
+void obeyPermissions()
 {
-    if (::setgroups(0, nullptr) != 0 || ::setgid(user) != 0 || ::setuid(user) != 0) {
-        ::_exit(126);
+    for (const int right : { CAP_DAC_OVERRIDE, CAP_DAC_READ_SEARCH }) {
+        if (::geteuid() == 0 && ::prctl(PR_CAPBSET_DROP, right, 0, 0, 0) != 0) {
+            ::_exit(126);
+        }
     }
 }
 
@@ -38,10 +41,9 @@ void becomeUser(uid_t user)
         words.push_back(const_cast<char*>(word.c_str()));
     }
     words.push_back(nullptr);
-    if (command.user) {
-        becomeUser(*command.user);
+    if (command.obeysPermissions) {
+        obeyPermissions();
     }
-    // a change of user clears this, so it comes after
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (::getppid() == parent && ::chdir(command.folder.c_str()) == 0) {
         ::execvp(words[0], words.data());

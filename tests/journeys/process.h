@@ -14,7 +14,7 @@ struct Command
     std::vector<std::string> words; ///< program, found in PATH, and its arguments
     std::map<std::string, std::optional<std::string>> environment; ///< no value: removed
     std::string folder = "/"; ///< working folder
-    std::optional<uid_t> user; ///< runs as this user and no group of ours
+    bool obeysPermissions = false; ///< root, too, is held by the permissions of files
 };
 
 /// Ends with the object, and also when the test process dies.

@@ -110,21 +110,24 @@ TEST_F(StartJourney, aLibraryThatLacksARequiredEntryCanBeClosed)
 
 TEST_F(StartJourney, aConfigurationFolderThatCannotBeWrittenEndsItWithStatusOne)
 {
-    useOrdinaryUser();
+    obeyPermissions();
     fs::permissions(install_paths::kConfigFolder, fs::perms(0555));
     Process& process = start();
     EXPECT_EQ(process.waitForEnd(20s), 1);
     EXPECT_THAT(process.output(), Not(HasSubstr("MainWindow")));
-    EXPECT_THAT(runLogs(), HasSubstr("return fd = -1, can't open " + instanceFile()));
+    EXPECT_THAT(Sandbox::runLog(), HasSubstr("return fd = -1, can't open " + instanceFile()));
 }
 
 TEST_F(StartJourney, aDataRootThatCannotBeWrittenStillLetsItScan)
 {
-    useOrdinaryUser();
+    obeyPermissions();
+    loadSheets(1);
+    fs::remove_all(Sandbox::userFolder()); // neither settings nor logs nor pages have a place
     fs::permissions(dataRoot(), fs::perms(0555));
     openMainWindow();
     pressScan();
     waitForFinishedJob();
-    EXPECT_THAT(namesIn(Sandbox::home() + "/Documents/扫描文件"), SizeIs(6)) << "the sample sheets";
+    EXPECT_THAT(namesIn(Sandbox::home() + "/Documents/扫描文件"), SizeIs(1))
+        << "one-sided by default";
     closeByKey();
 }
