@@ -3,6 +3,7 @@
 #include "tests/support/screenshot.h"
 
 #include <QAbstractButton>
+#include <QAbstractItemView>
 #include <QMainWindow>
 #include <QScreen>
 #include <QScrollArea>
@@ -133,6 +134,23 @@ TEST_F(PageLayoutTest, AScreenTooSmallScrollsButKeepsTheScanButton)
     expectNothingCut(area->widget());
     EXPECT_TRUE(window.rect().contains(
         QRect(ui.scanMainBtn->mapTo(&window, QPoint()), ui.scanMainBtn->size())));
+}
+
+TEST_F(PageLayoutTest, AnOpenedListShowsAllItsEntries)
+{
+    page(1);
+    for (QComboBox* list : { ui.scanSourceComBo, ui.colorModeComBo, ui.rotAngleComBox }) {
+        SCOPED_TRACE(list->objectName().toStdString());
+        list->showPopup();
+        QCoreApplication::processEvents();
+        const QAbstractItemView* view = list->view();
+        for (int row = 0; row < list->count(); ++row) {
+            EXPECT_TRUE(
+                view->viewport()->rect().contains(view->visualRect(view->model()->index(row, 0))))
+                << "entry " << row;
+        }
+        list->hidePopup();
+    }
 }
 
 TEST_F(PageLayoutTest, HiddenDeviceOptionsLeaveNoHole)
