@@ -181,6 +181,12 @@ void MainWindow::connectControlRules()
 
 void MainWindow::connectPages()
 {
+    // until a preview fixes it, the summary tells what one would be made with
+    connect(ui->tabWidget, &QTabWidget::currentChanged, this, [this] {
+        if (m_lastPreviewFile.isEmpty()) {
+            onSetPreviewConfigInfo();
+        }
+    });
     connect(ui->button_clear_tmpdata, &QPushButton::clicked, this, &MainWindow::slot_ClearTmpData);
     connect(ui->button_SetSleepTime, &QPushButton::clicked, this, &MainWindow::onOpenDevSleepTime);
     connect(ui->button_setPrefeed, &QPushButton::clicked, this, &MainWindow::onOpenDevPrefeed);

@@ -85,8 +85,11 @@ void MainWindow::showPreviewImage(const QString& fileName)
     reader.setAutoTransform(true);
     const QImage image = reader.read();
     if (!image.isNull()) {
-        ui->imagePreviewVL->setPixmap(QPixmap::fromImage(image).scaled(
-            ui->imagePreviewVL->size(), Qt::KeepAspectRatio, Qt::SmoothTransformation));
+        const qreal ratio = ui->imagePreviewVL->devicePixelRatioF();
+        QPixmap shown = QPixmap::fromImage(image).scaled(
+            ui->imagePreviewVL->size() * ratio, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+        shown.setDevicePixelRatio(ratio);
+        ui->imagePreviewVL->setPixmap(shown);
     }
 }
 

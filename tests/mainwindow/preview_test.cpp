@@ -4,6 +4,7 @@
 #include <QImage>
 #include <QLabel>
 #include <QPushButton>
+#include <QTabWidget>
 
 class Preview : public WindowTest
 {
@@ -43,6 +44,24 @@ TEST_F(Preview, ShowsTheImageKeepsACopyAndRemovesTheFile)
 
     EXPECT_EQ(closeWindow(), 0);
     EXPECT_FALSE(fileExists(copy()));
+}
+
+TEST_F(Preview, TheSummaryIsThereBeforeTheFirstPreviewAndThenBelongsToTheImage)
+{
+    auto* pages = control<QTabWidget>("tabWidget");
+    auto* resolution = control<QLabel>("scanDPISizeVL");
+    select("DPIComBo", "300");
+    pages->setCurrentIndex(2);
+    EXPECT_EQ(resolution->text(), QStringLiteral("扫描DPI类型:300"));
+
+    fake.script("job|clear\nstep|image|p1.jpg|40|80\n");
+    click("preViewBtn");
+    ASSERT_TRUE(waitIdle());
+    ASSERT_FALSE(control<QLabel>("imagePreviewVL")->pixmap(Qt::ReturnByValue).isNull());
+    pages->setCurrentIndex(1);
+    select("DPIComBo", "200");
+    pages->setCurrentIndex(2);
+    EXPECT_EQ(resolution->text(), QStringLiteral("扫描DPI类型:300"));
 }
 
 TEST_F(Preview, EmptyFeederIsToldAndNothingStarts)
