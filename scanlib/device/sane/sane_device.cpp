@@ -50,7 +50,7 @@ Status SaneDevice::openAgain(Finder& finder, SaneRuntime& runtime, SaneScanner& 
         }
         return std::string();
     };
-    const Status status = scanner.open(finder.key, typeOf(finder.key));
+    Status status = scanner.open(finder.key, typeOf(finder.key));
     if (status.code() != kDeviceNotFound && status.code() != kDeviceIo) {
         return status;
     }
@@ -126,7 +126,7 @@ template <typename Result>
 Status SaneDevice::ask(milliseconds limit, Result& result, Status (SaneScanner::*question)(Result&))
 {
     const auto answer = std::make_shared<Result>();
-    const Status status = tell(
+    Status status = tell(
         limit, [answer, question](SaneScanner& scanner) { return (scanner.*question)(*answer); });
     if (status.code() != kDeviceTimeout) { // else the thread may still write to it
         result = *answer;
@@ -151,7 +151,8 @@ Status SaneDevice::tellOpened(std::function<Status(SaneScanner&)> task)
         }
         return status;
     };
-    return tell(m_lease->runtime->limits().open, body);
+    const SaneLimits& limits = m_lease->runtime->limits();
+    return tell(std::max(limits.open, limits.configure), body);
 }
 
 Status SaneDevice::open()

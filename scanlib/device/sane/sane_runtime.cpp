@@ -25,7 +25,7 @@ std::string networkAddress(const FoundDevice& device)
         for (std::size_t i = 0; i < text->size(); ++i) {
             const std::size_t end =
                 std::min(text->find_first_not_of("0123456789.", i), text->size());
-            const std::string candidate = text->substr(i, end - i);
+            std::string candidate = text->substr(i, end - i);
             constexpr std::size_t kShortest = 7; // 1.2.3.4
             if (candidate.size() >= kShortest
                 && std::count(candidate.begin(), candidate.end(), '.') == 3) {

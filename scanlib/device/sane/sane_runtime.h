@@ -17,12 +17,15 @@ namespace orva {
 /// How long a call may take before the scanner counts as gone.
 struct SaneLimits
 {
-    std::chrono::milliseconds open { 30'000 };
+    /// A driver that needs longer goes on; the next call finds the scanner open.
+    std::chrono::milliseconds open { 10'000 };
     std::chrono::milliseconds configure { 15'000 };
     std::chrono::milliseconds start { 90'000 }; ///< lamps warm up in here
     std::chrono::milliseconds read { 30'000 }; ///< without a single byte
     std::chrono::milliseconds poll { 3'000 };
-    std::chrono::milliseconds cancel { 10'000 }; ///< for a scan to end after it was cancelled
+    /// For a scan to end after it was cancelled. Short, since somebody may be closing the window; a
+    /// driver that needs longer is served again as soon as it returns.
+    std::chrono::milliseconds cancel { 2'500 };
     std::chrono::milliseconds cancelPatience {
         300
     }; ///< before a call that runs is cancelled from outside

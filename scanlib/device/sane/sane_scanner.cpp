@@ -306,7 +306,7 @@ Status SaneScanner::setArea(const AcquireSettings& settings, const SourcePlan& p
     for (int round = 0; round < 2; ++round) {
         for (const Edge& edge : { Edge { "tl-x", left }, Edge { "tl-y", top },
                  Edge { "br-x", right }, Edge { "br-y", bottom } }) {
-            const Status status = setNumberIfAny(edge.name, edge.value);
+            Status status = setNumberIfAny(edge.name, edge.value);
             if (!status.ok() && round == 1) {
                 return status;
             }

@@ -104,21 +104,21 @@ private:
     std::vector<double> m_buttonStates; ///< in the order of kButtonOptions
 
     AcquireSettings m_settings;
-    bool m_configured = false;
-    bool m_wantGray = false; ///< the scanner delivers colour only, grey is asked for
     double m_dpiX = 0; ///< as the scanner rounds it
     double m_dpiY = 0;
-    int m_sides = 0; ///< delivered in this batch
     std::vector<SANE_Byte> m_buffer; ///< of one read
+    int m_sides = 0; ///< delivered in this batch
+    bool m_configured = false;
+    bool m_wantGray = false; ///< the scanner delivers colour only, grey is asked for
 
     std::atomic<bool> m_cancelAsked { false };
-    std::mutex m_cancelMutex; ///< held during sane_cancel, so that it never meets sane_close
     std::atomic<bool> m_batchBegun { false };
     std::atomic<bool> m_cancelSent { false };
-    std::atomic<unsigned> m_batch { 0 };
     std::atomic<bool> m_distrusted { false };
-    std::atomic<std::int64_t> m_callSince { 0 }; ///< steady clock, ms; 0: no call runs
     std::atomic<bool> m_callIsStart { false };
+    std::atomic<unsigned> m_batch { 0 };
+    std::atomic<std::int64_t> m_callSince { 0 }; ///< steady clock, ms; 0: no call runs
+    std::mutex m_cancelMutex; ///< held during sane_cancel, so that it never meets sane_close
 };
 
 } // namespace orva
