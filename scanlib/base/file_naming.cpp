@@ -83,8 +83,7 @@ std::string serialAt(const std::string& start, unsigned long long n)
             counter.insert(counter.begin(), '0');
             place = 1;
         }
-        const auto sum =
-            static_cast<unsigned>(counter[--place] - '0') + static_cast<unsigned>(n % 10);
+        const unsigned long long sum = static_cast<unsigned>(counter[--place] - '0') + n % 10;
         counter[place] = static_cast<char>('0' + sum % 10);
         n += sum / 10 * 10; // carry into the next round's digit
     }

@@ -16,7 +16,7 @@ namespace orva {
 
 namespace {
 
-constexpr std::time_t kKeepSeconds = 7 * 24 * 60 * 60;
+constexpr std::time_t kKeepSeconds = std::time_t { 7 } * 24 * 60 * 60;
 
 bool isOld(const std::filesystem::path& folder)
 {
