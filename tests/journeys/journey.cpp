@@ -130,6 +130,8 @@ Command Journey::installed(const std::string& program, std::vector<std::string> 
     command.environment = {
         { "DISPLAY", m_display->name() },
         { "QT_QPA_PLATFORM", "xcb" },
+        // nothing here is drawn by it, and the software driver leaks what it allocates at loading
+        { "QT_XCB_GL_INTEGRATION", "none" },
         { "WAYLAND_DISPLAY", {} },
         { "DBUS_SESSION_BUS_ADDRESS", "disabled:" },
         { "SANE_CONFIG_DIR", Sandbox::path("sane") },
