@@ -19,7 +19,8 @@ start_display() {
   export DISPLAY=":$number"
   unset WAYLAND_DISPLAY
   export XDG_RUNTIME_DIR="$PWD/build/display/runtime"
-  mkdir -p -m 0700 "$XDG_RUNTIME_DIR"
+  mkdir -p "$XDG_RUNTIME_DIR"
+  chmod 0700 "$XDG_RUNTIME_DIR"
   openbox >build/display/openbox.log 2>&1 &
   display_pids+=($!)
   sleep 0.5

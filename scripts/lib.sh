@@ -46,11 +46,15 @@ need_packages() {
     apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 }
 
-# Configures a preset once (again when asked by CMake itself) and builds it.
-build_preset() {
+# Configures a preset once; CMake itself asks for it again when it must.
+configure_preset() {
   local preset=$1
-  [ -f "build/$preset/build.ninja" ] || cmake --preset "$preset" >"build.$preset.log" 2>&1 \
-    || { cat "build.$preset.log"; rm -f "build.$preset.log"; fail "configuring $preset"; }
-  rm -f "build.$preset.log"
-  cmake --build --preset "$preset" -j "$jobs"
+  [ -f "build/$preset/build.ninja" ] && return 0
+  mkdir -p build
+  cmake --preset "$preset" >"build/$preset.log" 2>&1 || { cat "build/$preset.log"; fail "configuring $preset"; }
+}
+
+build_preset() {
+  configure_preset "$1"
+  cmake --build --preset "$1" -j "$jobs"
 }
