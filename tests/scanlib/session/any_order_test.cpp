@@ -173,7 +173,9 @@ TEST_F(AnyOrder, anotherProcessNeitherRecoversNorClearsARunningJob)
     if (child == 0) {
         setUpSession();
         choose({ FileFormat::kPdf, true }); // all payloads lie in the spool until the end
-        _exit(session->scan() == kOk ? 0 : 1);
+        const int code = session->scan();
+        session.reset();
+        _exit(code == kOk ? 0 : 1);
     }
     const std::filesystem::path spool = folder.path() / "spool";
     int status = 0;

@@ -26,9 +26,9 @@ protected:
             std::this_thread::sleep_for(2ms);
         }
     }
-    /// Runs a job in a child and kills it after the time. Returns the number of sides it had
-    /// reported.
-    int runAndKill(bool multiPage, std::chrono::microseconds lifetime)
+    /// Runs a job in a child and kills it some time after it has reported that many sides. Returns
+    /// the number of sides it had reported by then.
+    int runAndKill(bool multiPage, int sides, std::chrono::microseconds later)
     {
         int toParent[2] = {};
         EXPECT_EQ(pipe(toParent), 0);
@@ -46,11 +46,15 @@ protected:
             _exit(0);
         }
         close(toParent[1]);
-        std::this_thread::sleep_for(lifetime);
+        int reported = 0;
+        char byte = 0;
+        while (reported < sides && read(toParent[0], &byte, 1) == 1) {
+            ++reported;
+        }
+        std::this_thread::sleep_for(later);
         kill(child, SIGKILL);
         waitpid(child, nullptr, 0);
-        int reported = 0;
-        for (char byte = 0; read(toParent[0], &byte, 1) == 1;) {
+        while (read(toParent[0], &byte, 1) == 1) {
             ++reported;
         }
         close(toParent[0]);
@@ -68,8 +72,8 @@ TEST_F(KilledJob, leavesNoBrokenFileAndItsPagesComeBackAtTheNextStart)
     int killedInTheMiddle = 0;
     for (int round = 0; round < 16; ++round) {
         const bool multiPage = round % 2 == 0;
-        const int reported =
-            runAndKill(multiPage, std::chrono::microseconds(5000 + random() % 45000));
+        const int reported = runAndKill(
+            multiPage, static_cast<int>(random() % 36), std::chrono::microseconds(random() % 3000));
         killedInTheMiddle += reported > 0 && reported < device.sheets ? 1 : 0;
         for (const std::string& name : visibleNames()) {
             EXPECT_NE(pagesOf(output / name), std::vector<int> { -1 }) << name << " is broken";
