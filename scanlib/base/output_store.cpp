@@ -98,17 +98,6 @@ int renameExclusively(const std::filesystem::path& from, const std::filesystem::
     return error;
 }
 
-int flushFile(const std::filesystem::path& path)
-{
-    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (file < 0) {
-        return errno;
-    }
-    const int error = fsync(file) == 0 || errno == EINVAL ? 0 : errno;
-    close(file);
-    return error;
-}
-
 } // namespace
 
 Status fileFailure(int error, const std::filesystem::path& path)
@@ -329,9 +318,6 @@ Status OutputStore::reserveIfFree(
 
 Status OutputStore::commit(Reservation& reservation, std::filesystem::path& file)
 {
-    if (const int error = flushFile(reservation.m_hidden); error != 0) {
-        return fileFailure(error, reservation.m_hidden);
-    }
     int error = 0;
     if (!reservation.m_exclusive) {
         error = rename(reservation.m_hidden.c_str(), reservation.m_final.c_str()) == 0 ? 0 : errno;

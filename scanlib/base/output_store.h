@@ -60,8 +60,8 @@ public:
     /// As it is or not at all, in both modes: ok with taken set when the name is in use.
     Status reserveIfFree(
         const std::string& stem, const std::string& extension, Reservation& out, bool& taken) const;
-    /// Flushes the hidden file, shows it under its name and tells the full path. After a failure
-    /// the reservation still holds the hidden file.
+    /// Shows the hidden file, which its writer has flushed, under its name and tells the full path.
+    /// After a failure the reservation still holds the hidden file.
     Status commit(Reservation& reservation, std::filesystem::path& file);
 
 private:
