@@ -34,7 +34,8 @@ struct JobSettings
 struct PipelineLimits
 {
     unsigned workers = 0; ///< threads for image work; 0 takes one a processor core
-    std::size_t queueBytes = std::size_t { 256 } << 20U; ///< sides that wait for a worker
+    /// Sides that wait for a worker. Deeper queues take memory and page faults, not time away.
+    std::size_t queueBytes = std::size_t { 96 } << 20U;
 };
 
 } // namespace orva

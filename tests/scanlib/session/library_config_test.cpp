@@ -23,7 +23,7 @@ TEST(LibraryConfig, takesWhatItKnowsAndLeavesTheRest)
     const std::filesystem::path file = folder.path() / "orva-sdk.conf";
     const LibraryConfig nothing = readLibraryConfig(file, {});
     EXPECT_EQ(nothing.limits.workers, 0U);
-    EXPECT_EQ(nothing.limits.queueBytes, 256U << 20U);
+    EXPECT_EQ(nothing.limits.queueBytes, 96U << 20U);
     EXPECT_EQ(nothing.listingLimit, 4000ms);
 
     const LibraryConfig all = configOf(file,
@@ -38,7 +38,7 @@ TEST(LibraryConfig, takesWhatItKnowsAndLeavesTheRest)
         EXPECT_EQ(kept.limits.workers, 2U) << wrong;
     }
     const LibraryConfig outside = configOf(file, "queue_megabytes = 1\nsearch_limit_ms = 0\n");
-    EXPECT_EQ(outside.limits.queueBytes, 256U << 20U);
+    EXPECT_EQ(outside.limits.queueBytes, 96U << 20U);
     EXPECT_EQ(outside.listingLimit, 4000ms);
 }
 
