@@ -21,7 +21,7 @@ build_packages=(
 display_packages=(imagemagick openbox x11-utils xauth xdotool xvfb)
 # What the tests need beyond that.
 test_packages=(
-  "${display_packages[@]}" git libgmock-dev libgtest-dev libsane1 libsane-common libtiff-tools libxml2-utils
+  "${display_packages[@]}" git libgmock-dev libgtest-dev libsane1 libx11-dev libsane-common libtiff-tools libxml2-utils
   poppler-utils procps qpdf sane-utils unzip)
 lint_packages=(git clang-format-14 clang-tidy-14 libxml2-utils shellcheck)
 bench_packages=(libbenchmark-dev libjpeg-turbo-progs libx11-dev time)
