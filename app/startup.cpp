@@ -10,6 +10,7 @@
 #include "log/Log.h"
 #include "mainwindow/mainwindow.h"
 
+#include <QEventLoop>
 #include <QIcon>
 #include <QPushButton>
 #include <QScreen>
@@ -25,6 +26,7 @@
 #include <cstdio>
 #include <exception>
 #include <string>
+#include <thread>
 #include <vector>
 
 MainWindow* g_MainWindow = nullptr;
@@ -97,6 +99,20 @@ void deleteSplash()
     g_waitingDlg = nullptr;
 }
 
+/// The library may search for seconds before it has its list. That wait is on another thread, so
+/// that the splash goes on; what follows finds the list ready.
+void waitForDeviceList()
+{
+    COrva_SDK* const library = g_MainWindow->m_OrvaSdk;
+    QEventLoop loop;
+    std::thread search([library, &loop] {
+        library->GetScannerCount();
+        QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
+    });
+    loop.exec();
+    search.join();
+}
+
 void armSearch()
 {
     runLog("[%s][%d]开始获取在线Velmar扫描仪", kEntry, __LINE__);
@@ -167,6 +183,7 @@ void searchScanners()
 {
     auto* dialog = new onlineScanners(nullptr);
     g_MainWindow->m_onlineScanners = dialog;
+    waitForDeviceList();
     std::vector<_tagdevicesInfomationItem> devices;
     g_MainWindow->getOnLineScanDevices(devices);
     std::puts("getOnLineScanDevice--1");

@@ -132,6 +132,8 @@ QPixmap pixmap(const QIcon& icon, int size, const QWidget* widget)
 void applyDialogLook(QDialog* dialog)
 {
     look::install();
-    dialog->setWindowFlag(Qt::WindowContextHelpButtonHint, false);
+    // said in full, or window managers offer to minimise and maximise as well
+    dialog->setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint
+        | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
     dialog->setWindowIcon(look::appIcon());
 }

@@ -26,6 +26,7 @@ logcontroller::logcontroller(const QString& folder, QWidget* parent)
     , m_folder(folder)
 {
     applyDialogLook(this);
+    setWindowFlag(Qt::WindowMaximizeButtonHint); // long lines want the whole screen
     m_ui->setupUi(this);
     LogDateEditInit();
     SlotsConnect();
