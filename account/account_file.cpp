@@ -21,7 +21,7 @@
 namespace {
 
 /// Far above any digest; what is longer cannot match.
-constexpr qint64 kMaxBytes = 64 * 1024;
+constexpr qint64 kMaxBytes = 64LL * 1024;
 /// Every user of the machine scans with the one installation, so the file is everybody's.
 constexpr mode_t kSharedMode = 0666;
 

@@ -12,7 +12,7 @@
 class LogFileReader
 {
 public:
-    static constexpr qint64 kPortionBytes = 256 * 1024;
+    static constexpr qint64 kPortionBytes = 256LL * 1024;
     static constexpr int kMaxLine = 4096; ///< characters
     /// Of a longer file the last part is read; a day's log of this size takes some 200 MB to show.
     static constexpr qint64 kMaxBytes = 64LL * 1024 * 1024;

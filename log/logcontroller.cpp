@@ -85,7 +85,7 @@ void logcontroller::onDateChanged(const QDate& date)
     QString start;
     if (m_reader->skippedBytes() > 0) {
         start = QStringLiteral("（文件过大，前面 %1 MB 未显示）\n")
-                    .arg(m_reader->skippedBytes() / (1024 * 1024) + 1);
+                    .arg(m_reader->skippedBytes() / (1024LL * 1024) + 1);
     }
     m_ui->textEdit->setPlainText(start + m_reader->next());
     showProgress();

@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr qint64 kChunkBytes = 64 * 1024;
+constexpr qint64 kChunkBytes = 64LL * 1024;
 /// Damaged files that are kept beside each other; the last place is then used again.
 constexpr int kDamagedKept = 99;
 
