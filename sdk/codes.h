@@ -9,7 +9,8 @@
 namespace orva {
 
 /// FileParam::nFormatIndex
-enum class FileFormat : int {
+enum class FileFormat : int
+{
     kJpg = 0,
     kBmp = 1,
     kPng = 2,
@@ -46,16 +47,35 @@ inline constexpr std::array<FormatName, 11> kFormatNames { {
 } };
 
 /// SetColorMode
-enum class ColorMode : int { kColor = 0, kGray = 1, kBlackWhite = 2, kMultiStream = 3 };
-inline constexpr std::array<std::string_view, 4> kColorModeTexts { "彩色", "灰度", "黑白", "多流输出" };
+enum class ColorMode : int
+{
+    kColor = 0,
+    kGray = 1,
+    kBlackWhite = 2,
+    kMultiStream = 3
+};
+inline constexpr std::array<std::string_view, 4> kColorModeTexts { "彩色", "灰度", "黑白",
+    "多流输出" };
 
 /// ImageParam::nRotateAngle, the item order of the rotation list
-enum class RotateAngle : int { kNone = 0, kLeft90 = 1, kRight90 = 2, k180 = 3 };
+enum class RotateAngle : int
+{
+    kNone = 0,
+    kLeft90 = 1,
+    kRight90 = 2,
+    k180 = 3
+};
 inline constexpr std::array<std::string_view, 4> kRotateTexts { "不旋转", "左旋90度", "右旋90度",
     "旋转180度" };
 
 /// ImageParam::nColorDropout, the item order of the dropout list
-enum class ColorDropout : int { kNone = 0, kRed = 1, kGreen = 2, kBlue = 3 };
+enum class ColorDropout : int
+{
+    kNone = 0,
+    kRed = 1,
+    kGreen = 2,
+    kBlue = 3
+};
 inline constexpr std::array<std::string_view, 4> kDropoutTexts { "无操作", "红色", "绿色", "蓝色" };
 
 /// The item order of the one list for splitting and merging
@@ -63,21 +83,50 @@ inline constexpr std::array<std::string_view, 5> kMergeTexts { "无操作", "上
     "上下合并", "左右合并" };
 
 /// ImageParam::nDenoise. The jump from 0 to 3 is the library's numbering.
-enum class Denoise : int { kOff = 0, kNormal = 3, kStrong = 4 };
+enum class Denoise : int
+{
+    kOff = 0,
+    kNormal = 3,
+    kStrong = 4
+};
 
 /// ImageParam::nAutoTextMode
-enum class TextOrientation : int { kOff = 0, kFast = 1, kFullText = 2, kComplex = 3 };
+enum class TextOrientation : int
+{
+    kOff = 0,
+    kFast = 1,
+    kFullText = 2,
+    kComplex = 3
+};
 inline constexpr std::array<std::string_view, 3> kTextOrientationTexts { "快速识别", "全文识别",
     "复杂识别" };
 
 /// FileParam::nTimeNamedType
-enum class DateOrder : int { kUnknown = -1, kYearMonthDay = 0, kMonthDayYear = 1, kDayMonthYear = 2 };
+enum class DateOrder : int
+{
+    kUnknown = -1,
+    kYearMonthDay = 0,
+    kMonthDayYear = 1,
+    kDayMonthYear = 2
+};
 
 /// GetButtonStatus. Any other value is ignored by the application.
-enum class Button : int { kNone = 0, kScan = 1, kScanAndOpen = 2, kToggleWindow = 4, kCancel = 8 };
+enum class Button : int
+{
+    kNone = 0,
+    kScan = 1,
+    kScanAndOpen = 2,
+    kToggleWindow = 4,
+    kCancel = 8
+};
 
 /// First argument of the state callback
-enum class JobState : int { kSideScanned = 1, kFileSaved = 2, kEnded = -1 };
+enum class JobState : int
+{
+    kSideScanned = 1,
+    kFileSaved = 2,
+    kEnded = -1
+};
 
 /// JPEG quality, percent, by the index that SetJPGQulity takes
 inline constexpr std::array<int, 5> kJpegQualities { 100, 70, 50, 30, 10 };

@@ -41,7 +41,8 @@ struct FileParam
     std::uint8_t bSameNameCover; ///< 1 overwrite a file of the same name, 0 add a number
     std::uint8_t bTimeNamed; ///< 1 name by date and time, 0 by serial number
     char szSeparator[5]; ///< separator between the parts of the name
-    std::int32_t nTimeNamedType; ///< 0 year-month-day, 1 month-day-year, 2 day-month-year, -1 unknown
+    std::int32_t
+        nTimeNamedType; ///< 0 year-month-day, 1 month-day-year, 2 day-month-year, -1 unknown
     char szIndex[11]; ///< serial start in decimal, padded with "0"
     std::int32_t nMultiPage; ///< 1 all pages in one file, 0 one file a page
     std::int32_t nFormatIndex; ///< FileFormat in codes.h

@@ -4,7 +4,8 @@
 
 namespace orva {
 
-enum ResultCode : int {
+enum ResultCode : int
+{
     kOk = 0,
 
     // the call

@@ -1,5 +1,5 @@
-// Where the library keeps what it writes and reads. The session gets it once, so that tests can give
-// it folders of their own.
+// Where the library keeps what it writes and reads. The session gets it once, so that tests can
+// give it folders of their own.
 #pragma once
 
 #include <filesystem>

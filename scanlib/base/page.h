@@ -8,13 +8,18 @@
 
 namespace orva {
 
-enum class PixelFormat {
+enum class PixelFormat
+{
     kBlackWhite, ///< 1 bit a pixel, most significant bit first, 1 is black
     kGray, ///< 8 bits, 0 is black
     kRgb, ///< 3 bytes, red first
 };
 
-enum class Side { kFront, kBack };
+enum class Side
+{
+    kFront,
+    kBack
+};
 
 inline int bitsPerPixel(PixelFormat format)
 {
@@ -24,7 +29,8 @@ inline int bitsPerPixel(PixelFormat format)
 /// Rows are padded to whole bytes, nothing more: bytesPerLine = ceil(width x bits / 8).
 inline std::size_t bytesPerLine(int width, PixelFormat format)
 {
-    return (static_cast<std::size_t>(width) * static_cast<std::size_t>(bitsPerPixel(format)) + 7) / 8;
+    return (static_cast<std::size_t>(width) * static_cast<std::size_t>(bitsPerPixel(format)) + 7)
+        / 8;
 }
 
 struct Page
@@ -42,7 +48,10 @@ struct Page
     std::string stream; ///< tag in the file name when one side gives several files; empty else
 
     std::size_t stride() const { return bytesPerLine(width, format); }
-    const std::uint8_t* row(int y) const { return pixels.data() + stride() * static_cast<std::size_t>(y); }
+    const std::uint8_t* row(int y) const
+    {
+        return pixels.data() + stride() * static_cast<std::size_t>(y);
+    }
     std::uint8_t* row(int y) { return pixels.data() + stride() * static_cast<std::size_t>(y); }
     std::size_t bytes() const { return pixels.size(); }
     void allocate(int newWidth, int newHeight, PixelFormat newFormat)

@@ -1,10 +1,11 @@
-// Result of a library operation: a code of sdk/result_codes.h and, for the library's log, what happened.
+// Result of a library operation: a code of sdk/result_codes.h and, for the library's log, what
+// happened.
 #pragma once
+
+#include "sdk/result_codes.h"
 
 #include <string>
 #include <utility>
-
-#include "sdk/result_codes.h"
 
 namespace orva {
 
