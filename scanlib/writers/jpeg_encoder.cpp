@@ -4,6 +4,7 @@
 #include <turbojpeg.h>
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <cstring>
 #include <memory>
@@ -22,6 +23,26 @@ struct FreeHandle
 struct FreeBuffer
 {
     void operator()(unsigned char* buffer) const { tjFree(buffer); }
+};
+
+/// A compressor and the memory for its worst case, of which only what a page needs is ever touched.
+/// A thread keeps them: growing the memory anew for each page costs a twentieth of the encoding.
+struct Compressor
+{
+    std::unique_ptr<void, FreeHandle> handle { tjInitCompress() };
+    std::unique_ptr<unsigned char, FreeBuffer> buffer;
+    unsigned long size = 0;
+
+    bool reserve(unsigned long bytes)
+    {
+        if (size < bytes) {
+            buffer.reset(); // before the larger one is taken
+            size = 0;
+            buffer.reset(tjAlloc(static_cast<int>(bytes)));
+            size = buffer ? bytes : 0;
+        }
+        return size >= bytes;
+    }
 };
 
 std::vector<std::uint8_t> grayOfBits(const Page& page)
@@ -66,9 +87,9 @@ protected:
         if (page.width > kMaxSide || page.height > kMaxSide) {
             return { kPageTooLarge, "JPEG ends at 65,500 pixels" };
         }
-        const std::unique_ptr<void, FreeHandle> handle(tjInitCompress());
-        if (!handle) {
-            return { kNoMemory, "no JPEG compressor" };
+        thread_local Compressor compressor;
+        if (!compressor.handle) {
+            compressor.handle.reset(tjInitCompress());
         }
         std::vector<std::uint8_t> expanded;
         const std::uint8_t* pixels = page.pixels.data();
@@ -82,15 +103,22 @@ protected:
             : quality >= kFullColorQuality ? TJSAMP_444
                                            : TJSAMP_420;
 
-        unsigned char* rawBuffer = nullptr;
-        unsigned long size = 0;
-        const int failed = tjCompress2(handle.get(), pixels, page.width, 0, page.height,
-            color ? TJPF_RGB : TJPF_GRAY, &rawBuffer, &size, sampling, quality, 0);
-        const std::unique_ptr<unsigned char, FreeBuffer> buffer(rawBuffer);
-        if (failed != 0) {
-            return { kInternal, std::string("JPEG: ") + tjGetErrorStr2(handle.get()) };
+        if (!compressor.handle) {
+            return { kNoMemory, "no JPEG compressor" };
         }
-        out.assign(buffer.get(), buffer.get() + size);
+        // A page whose worst case is too much for this machine goes into memory that grows.
+        const unsigned long bound = tjBufSize(page.width, page.height, sampling);
+        const bool kept = bound <= INT_MAX && compressor.reserve(bound);
+        unsigned char* jpeg = kept ? compressor.buffer.get() : nullptr;
+        unsigned long size = kept ? compressor.size : 0;
+        const int failed = tjCompress2(compressor.handle.get(), pixels, page.width, 0, page.height,
+            color ? TJPF_RGB : TJPF_GRAY, &jpeg, &size, sampling, quality,
+            kept ? TJFLAG_NOREALLOC : 0);
+        const std::unique_ptr<unsigned char, FreeBuffer> grown(kept ? nullptr : jpeg);
+        if (failed != 0) {
+            return { kInternal, std::string("JPEG: ") + tjGetErrorStr2(compressor.handle.get()) };
+        }
+        out.assign(jpeg, jpeg + size);
         setDensity(out, page.dpiX, page.dpiY);
         return {};
     }
