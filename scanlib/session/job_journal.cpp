@@ -200,7 +200,6 @@ Status JobJournal::store(EncodedPage& page)
     if (Status status = m_folder.note(pageLine(page)); !status.ok()) {
         return status;
     }
-    std::vector<std::uint8_t>().swap(page.bytes);
     const std::lock_guard<std::mutex> lock(m_mutex);
     ++m_unsaved;
     return {};

@@ -18,7 +18,7 @@ class JobJournal
 public:
     /// Makes the job's folder and writes down the output settings.
     Status begin(const std::filesystem::path& spoolRoot, const OutputSettings& output);
-    /// Puts the payload on disk; page.bytes is empty afterwards and page.file tells where it is.
+    /// Puts the payload on disk; page.file tells where it is, page.bytes is not needed any more.
     Status store(EncodedPage& page);
     /// The hidden file holds the pages and is about to get its name. Written down first: after a
     /// crash between the two, the same file under that name tells that the pages are saved.

@@ -242,10 +242,11 @@ Status ScanJob::feedSides(Device& device, bool& batchBegun)
     const bool wholeSheets = m_tools.needsWholeSheet(m_settings.image);
     Status status;
     int sides = 0;
+    std::size_t sideBytes = 0; // most batches are of one size
     PageGroup group;
     while (status.ok() && !m_stop.cancelled()) {
         Page page;
-        page.pixels = m_buffers.take();
+        page.pixels = m_buffers.take(sideBytes);
         bool endOfFeed = false;
         batchBegun = true;
         status = guardedStatus([&] { return device.nextPage(page, endOfFeed, m_stop); });
@@ -259,6 +260,7 @@ Status ScanJob::feedSides(Device& device, bool& batchBegun)
             break;
         }
         page.number = ++sides;
+        sideBytes = page.bytes();
         if (!group.empty() && (!wholeSheets || group.front().sheet != page.sheet)) {
             enqueue(group);
         }
@@ -287,13 +289,14 @@ void ScanJob::enqueue(PageGroup& pages)
 void ScanJob::work(const OutputFormat& format)
 {
     std::unique_ptr<PageEncoder> encoder;
+    std::vector<std::uint8_t> payload;
     Group group;
     while (m_queue.pop(group)) {
         const int first = group.pages.front().number;
         Finished finished;
         Status status = guardedStatus([&] {
             encoder = encoder ? std::move(encoder) : format.makeEncoder();
-            return process(group, *encoder, finished);
+            return process(group, *encoder, payload, finished);
         });
         finished.failed = !status.ok();
         // A group that failed still takes its place, or those behind it would wait for ever.
@@ -309,7 +312,9 @@ void ScanJob::work(const OutputFormat& format)
     }
 }
 
-Status ScanJob::process(Group& group, const PageEncoder& encoder, Finished& finished)
+/// `payload` is memory from the page before, for the next.
+Status ScanJob::process(Group& group, const PageEncoder& encoder,
+    std::vector<std::uint8_t>& payload, Finished& finished)
 {
     std::vector<_tagPageParameter> sides;
     std::transform(group.pages.begin(), group.pages.end(), std::back_inserter(sides), geometryOf);
@@ -321,6 +326,7 @@ Status ScanJob::process(Group& group, const PageEncoder& encoder, Finished& fini
     }
     for (Page& page : group.pages) {
         EncodedPage encoded;
+        encoded.bytes = std::move(payload);
         if (Status status = encoder.encode(page, m_settings.encode, encoded); !status.ok()) {
             return status;
         }
@@ -328,6 +334,8 @@ Status ScanJob::process(Group& group, const PageEncoder& encoder, Finished& fini
         if (Status status = m_journal.store(encoded); !status.ok()) {
             return status;
         }
+        payload = std::move(encoded.bytes);
+        encoded.bytes = {};
         finished.pages.push_back(std::move(encoded));
     }
     finished.sides = std::move(sides);

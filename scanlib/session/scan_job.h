@@ -67,7 +67,8 @@ private:
     Status feedSides(Device& device, bool& batchBegun);
     void enqueue(PageGroup& pages);
     void work(const OutputFormat& format);
-    Status process(Group& group, const PageEncoder& encoder, Finished& finished);
+    Status process(Group& group, const PageEncoder& encoder, std::vector<std::uint8_t>& payload,
+        Finished& finished);
     void deliver(int sequence, Finished finished);
     void write(const OutputFormat& format);
     void fault(const Status& status);
