@@ -262,7 +262,7 @@ QString TemplateStore::GetAppTemplatesPath() const
     if (createfolder(qUtf8Printable(home)) != 0) {
         runLog("[func:%s] chHomePath:%s create error", __func__, qUtf8Printable(home));
     }
-    const QString folder = home + m_modelName + QLatin1Char('/');
+    QString folder = home + m_modelName + QLatin1Char('/');
     runLog("[func:%s] template file path: %s", __func__, qUtf8Printable(folder));
     return folder;
 }

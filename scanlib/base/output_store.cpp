@@ -262,7 +262,9 @@ Status OutputStore::reserveNumbered(
     Status failure;
     for (int number = 1; number <= kMaxNumber; ++number) {
         const std::string suffix = number == 1 ? "" : "_" + std::to_string(number);
-        switch (tryReserve(stem + suffix + "." + extension, out, failure)) {
+        std::string name = stem;
+        name.append(suffix).append(".").append(extension);
+        switch (tryReserve(name, out, failure)) {
         case Attempt::kHeld:
             out.m_askedStem = stem;
             return {};

@@ -3,6 +3,7 @@
 #include "scanlib/base/library_log.h"
 
 #include <algorithm>
+#include <cmath>
 #include <new>
 #include <thread>
 #include <utility>
@@ -82,8 +83,8 @@ _tagPageParameter geometryOf(const Page& page)
     side.nWidth = page.width;
     side.nHeight = page.height;
     side.nBitsPerPixel = bitsPerPixel(page.format);
-    side.nResolutionX = static_cast<int>(page.dpiX + 0.5);
-    side.nResolutionY = static_cast<int>(page.dpiY + 0.5);
+    side.nResolutionX = static_cast<int>(std::lround(page.dpiX));
+    side.nResolutionY = static_cast<int>(std::lround(page.dpiY));
     return side;
 }
 

@@ -48,7 +48,8 @@ double sharpness(const std::vector<Point>& ink, double degrees, int width, int h
 {
     const double slope = tangent(degrees);
     const int margin = static_cast<int>(width * std::abs(slope)) + 1;
-    std::vector<int> rows(static_cast<std::size_t>(height + 2 * margin + 1));
+    std::vector<int> rows(
+        static_cast<std::size_t>(height) + 2 * static_cast<std::size_t>(margin) + 1);
     for (const Point& point : ink) {
         ++rows[static_cast<std::size_t>(
             static_cast<int>(std::lround(point.y - point.x * slope)) + margin)];

@@ -262,6 +262,7 @@ QImage agreementPage()
              "第二条　接到故障通知后，乙方应在四小时内答复，两个工作日内派人到场。",
              "第三条　年度费用为人民币九千六百元，分两次支付，发票随付款提供。",
              "第四条　保养记录一式两份，写明日期、设备编号、计数器读数和更换的零件，双方签字。",
+             // NOLINTNEXTLINE(bugprone-suspicious-missing-comma): one clause
              "第五条　本协议自签字之日起生效，有效期一年；期满前三十日双方均未提出异议的，"
              "自动延续一年。" }) {
         y = paragraph(painter, y, text) + 15;
