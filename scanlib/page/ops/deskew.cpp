@@ -51,8 +51,8 @@ double sharpness(const std::vector<Point>& ink, double degrees, int width, int h
     std::vector<int> rows(
         static_cast<std::size_t>(height) + 2 * static_cast<std::size_t>(margin) + 1);
     for (const Point& point : ink) {
-        ++rows[static_cast<std::size_t>(
-            static_cast<int>(std::lround(point.y - point.x * slope)) + margin)];
+        const long row = std::lround(point.y - point.x * slope) + margin;
+        ++rows[static_cast<std::size_t>(row)];
     }
     double sum = 0;
     for (const int count : rows) {
