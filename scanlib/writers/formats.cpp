@@ -19,12 +19,12 @@ std::unique_ptr<DocumentWriter> makeStandardTiffWriter()
 }
 
 const std::array kFormats {
-    OutputFormat { FileFormat::kJpg, false, makeJpegEncoder, makeSinglePageWriter },
-    OutputFormat { FileFormat::kBmp, false, makeBmpEncoder, makeSinglePageWriter },
-    OutputFormat { FileFormat::kPng, false, makePngEncoder, makeSinglePageWriter },
-    OutputFormat { FileFormat::kTif, true, makeTiffEncoder, makeStandardTiffWriter },
-    OutputFormat { FileFormat::kPdf, true, makePdfEncoder, makePdfWriter },
-    OutputFormat { FileFormat::kOfd, true, makeOfdEncoder, makeOfdWriter },
+    OutputFormat { FileFormat::kJpg, false, false, makeJpegEncoder, makeSinglePageWriter },
+    OutputFormat { FileFormat::kBmp, false, false, makeBmpEncoder, makeSinglePageWriter },
+    OutputFormat { FileFormat::kPng, false, false, makePngEncoder, makeSinglePageWriter },
+    OutputFormat { FileFormat::kTif, true, false, makeTiffEncoder, makeStandardTiffWriter },
+    OutputFormat { FileFormat::kPdf, true, false, makePdfEncoder, makePdfWriter },
+    OutputFormat { FileFormat::kOfd, true, false, makeOfdEncoder, makeOfdWriter },
 };
 
 } // namespace

@@ -34,6 +34,36 @@ private:
     int m_value;
 };
 
+/// All of a spool file.
+template <typename Bytes>
+Status readWhole(const std::filesystem::path& path, Bytes& out)
+{
+    const Descriptor source(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    struct stat info
+    {
+    };
+    if (source.get() < 0 || ::fstat(source.get(), &info) != 0) {
+        return { kFileWrite, "cannot read " + path.string() + ": " + std::strerror(errno) };
+    }
+    try {
+        out.resize(static_cast<std::size_t>(info.st_size));
+    } catch (const std::bad_alloc&) {
+        return { kNoMemory, "no memory for " + path.string() };
+    }
+    std::size_t done = 0;
+    while (done < out.size()) {
+        const ssize_t got = ::read(source.get(), &out[done], out.size() - done);
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got <= 0) {
+            return { kFileWrite, "cannot read " + path.string() + " to its end" };
+        }
+        done += static_cast<std::size_t>(got);
+    }
+    return {};
+}
+
 } // namespace
 
 Status fileStatus(int error, const char* action, const std::filesystem::path& path)
@@ -156,34 +186,21 @@ Status OutputFile::finish()
 
 Status readPayload(const EncodedPage& page, std::vector<std::uint8_t>& out)
 {
-    if (page.file.empty()) {
-        out = page.bytes;
-        return {};
+    if (!page.file.empty()) {
+        return readWhole(page.file, out);
     }
-    const Descriptor source(::open(page.file.c_str(), O_RDONLY | O_CLOEXEC));
-    struct stat info
-    {
-    };
-    if (source.get() < 0 || ::fstat(source.get(), &info) != 0) {
-        return { kFileWrite, "cannot read " + page.file.string() + ": " + std::strerror(errno) };
-    }
-    try {
-        out.resize(static_cast<std::size_t>(info.st_size));
-    } catch (const std::bad_alloc&) {
-        return { kNoMemory, "no memory for " + page.file.string() };
-    }
-    std::size_t done = 0;
-    while (done < out.size()) {
-        const ssize_t got = ::read(source.get(), out.data() + done, out.size() - done);
-        if (got < 0 && errno == EINTR) {
-            continue;
-        }
-        if (got <= 0) {
-            return { kFileWrite, "cannot read " + page.file.string() + " to its end" };
-        }
-        done += static_cast<std::size_t>(got);
-    }
+    out = page.bytes;
     return {};
+}
+
+Status readText(const EncodedPage& page, PageText& out)
+{
+    if (page.textFile.empty()) {
+        return parsePageText(page.text, out);
+    }
+    std::string text;
+    const Status status = readWhole(page.textFile, text);
+    return status.ok() ? parsePageText(text, out) : status;
 }
 
 Status appendPayload(const EncodedPage& page, OutputFile& file)

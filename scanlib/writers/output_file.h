@@ -1,6 +1,7 @@
 // The file that a writer makes: every write is checked, nothing is complete before it is on disk.
 #pragma once
 
+#include "scanlib/base/page_text.h"
 #include "scanlib/base/status.h"
 #include "scanlib/writers/writer.h"
 
@@ -43,6 +44,9 @@ private:
 
 /// The encoded bytes of a page, from its spool file when it has one.
 Status readPayload(const EncodedPage& page, std::vector<std::uint8_t>& out);
+/// The recognised text of a page, from its spool file when it has one. Empty when there is none.
+/// kDamagedPage, kFileWrite, kNoMemory.
+Status readText(const EncodedPage& page, PageText& out);
 Status appendPayload(const EncodedPage& page, OutputFile& file);
 
 } // namespace orva

@@ -21,6 +21,10 @@ struct EncodedPage
 {
     std::vector<std::uint8_t> bytes;
     std::filesystem::path file;
+    /// What was recognised, in the form of base/page_text.h, for formats that ask for it; lies in
+    /// `text` until it is spooled to `textFile`.
+    std::string text;
+    std::filesystem::path textFile;
 
     int width = 0; ///< pixels
     int height = 0; ///< pixels
@@ -72,6 +76,7 @@ struct OutputFormat
 {
     FileFormat format;
     bool holdsPages; ///< several pages fit into one file
+    bool needsText; ///< pages come with their recognised text
     std::unique_ptr<PageEncoder> (*makeEncoder)();
     std::unique_ptr<DocumentWriter> (*makeWriter)();
 };
