@@ -216,8 +216,9 @@ std::unique_ptr<DocumentWriter> makeFakeWriter()
     return std::make_unique<FakeWriter>();
 }
 
-const OutputFormat kFormats[] = { { FileFormat::kJpg, false, makeFakeEncoder, makeFakeWriter },
-    { FileFormat::kPdf, true, makeFakeEncoder, makeFakeWriter } };
+const OutputFormat kFormats[] = { { FileFormat::kJpg, false, false, makeFakeEncoder,
+                                      makeFakeWriter },
+    { FileFormat::kPdf, true, false, makeFakeEncoder, makeFakeWriter } };
 
 } // namespace
 
