@@ -24,7 +24,8 @@ test_packages=(
   "${display_packages[@]}" git libgmock-dev libgtest-dev libsane1 libx11-dev libsane-common libtiff-tools libxml2-utils
   poppler-utils procps qpdf sane-utils unzip)
 lint_packages=(git clang-format-14 clang-tidy-14 libxml2-utils shellcheck)
-bench_packages=(libbenchmark-dev libjpeg-turbo-progs libx11-dev time)
+bench_packages=(
+  debian-reference-en debian-reference-zh-cn fonts-liberation libbenchmark-dev libjpeg-turbo-progs libx11-dev ocrmypdf time)
 
 # Installs those of the packages that are missing; asks for nothing when none is.
 need_packages() {

@@ -1,0 +1,82 @@
+#include "bench/truth/plan.h"
+
+namespace truth {
+
+// language, chapter, block, layout, points, sans,
+//   { degrees, backing, paper, yellow, uneven, noise, bleed, holes, stamp, specks, folded corner }
+// Most skews are those of a feeder, up to 5 degrees; a few are those of a careless hand, up to 15.
+const std::vector<PagePlan>& pagePlans()
+{
+    static const std::vector<PagePlan> plans {
+        { "zh", "ch01", 4, "text", 10.5, false, { 1.3, "dark", 245, 0, 0, 4, 0, 2, "", 0, false } },
+        { "zh", "ch01", 60, "text", 10.5, true,
+            { -2.4, "dark", 238, 10, 0.10, 5, 0.10, 0, "", 0, false } },
+        { "zh", "ch01", 120, "text", 12, false,
+            { 0.6, "white", 240, 0, 0, 4, 0, 0, "red", 0, false } },
+        { "zh", "ch02", 4, "text", 9, false,
+            { 3.7, "noisy", 244, 0, 0.06, 5, 0, 4, "", 0, false } },
+        { "zh", "ch02", 90, "columns", 9, false,
+            { -0.8, "dark", 246, 0, 0, 4, 0.12, 0, "", 300, false } },
+        { "zh", "ch02", 20, "table", 10, true, { 2.1, "dark", 242, 6, 0, 4, 0, 2, "", 0, false } },
+        { "zh", "ch03", 2, "text", 10.5, false,
+            { -4.6, "white", 236, 0, 0.08, 4, 0.08, 0, "", 0, false } },
+        { "zh", "ch04", 10, "text", 11, false, { 11.5, "dark", 244, 0, 0, 5, 0, 0, "", 0, false } },
+        { "zh", "ch05", 3, "photo", 10.5, false,
+            { 1.9, "dark", 245, 0, 0, 4, 0, 3, "", 0, false } },
+        { "zh", "ch05", 5, "table", 9.5, false,
+            { -1.1, "white", 243, 0, 0, 5, 0.10, 0, "red", 0, false } },
+        { "zh", "ch06", 4, "text", 10.5, false,
+            { 0, "none", 225, 25, 0.22, 5, 0, 0, "", 0, false } },
+        { "zh", "ch07", 2, "columns", 9.5, true,
+            { 4.4, "dark", 240, 0, 0, 6, 0, 30, "", 200, false } },
+        { "zh", "ch09", 30, "text", 10.5, false,
+            { -3.1, "noisy", 232, 0, 0.12, 5, 0.12, 0, "blue", 0, false } },
+        { "zh", "ch09", 5, "table", 10, false, { 0.4, "none", 246, 0, 0, 4, 0, 0, "", 0, false } },
+        { "zh", "ch10", 2, "text", 14, false, { -14.2, "dark", 245, 0, 0, 4, 0, 0, "", 0, false } },
+        { "zh", "ch11", 3, "photo", 10.5, true,
+            { -0.3, "white", 247, 0, 0, 4, 0, 0, "", 150, false } },
+        { "en", "ch01", 4, "text", 11, false, { -1.7, "dark", 245, 0, 0, 4, 0, 2, "", 0, false } },
+        { "en", "ch01", 60, "text", 11, true,
+            { 2.8, "dark", 238, 10, 0.10, 5, 0.10, 0, "", 0, false } },
+        { "en", "ch01", 120, "text", 12, false,
+            { -0.5, "white", 240, 0, 0, 4, 0, 0, "red", 0, false } },
+        { "en", "ch02", 4, "text", 9, false,
+            { -3.4, "noisy", 244, 0, 0.06, 5, 0, 4, "", 0, false } },
+        { "en", "ch02", 90, "columns", 9, false,
+            { 0.9, "dark", 246, 0, 0, 4, 0.12, 0, "", 300, false } },
+        { "en", "ch02", 20, "table", 10, true, { -2.2, "dark", 242, 6, 0, 4, 0, 2, "", 0, false } },
+        { "en", "ch03", 2, "text", 10.5, false,
+            { 4.9, "white", 236, 0, 0.08, 4, 0.08, 0, "", 0, false } },
+        { "en", "ch04", 10, "text", 11, false, { -9.5, "dark", 244, 0, 0, 5, 0, 0, "", 0, false } },
+        { "en", "ch05", 3, "photo", 10.5, false,
+            { -1.6, "dark", 245, 0, 0, 4, 0, 3, "", 0, false } },
+        { "en", "ch05", 5, "table", 9.5, false,
+            { 1.2, "white", 243, 0, 0, 5, 0.10, 0, "red", 0, false } },
+        { "en", "ch06", 4, "text", 10.5, false,
+            { 0, "none", 225, 25, 0.22, 5, 0, 0, "", 0, false } },
+        { "en", "ch07", 2, "columns", 9.5, true,
+            { -4.1, "dark", 240, 0, 0, 6, 0, 30, "", 200, false } },
+        { "en", "ch09", 30, "text", 10.5, false,
+            { 3.3, "noisy", 232, 0, 0.12, 5, 0.12, 0, "blue", 0, false } },
+        { "en", "ch09", 5, "table", 10, false, { -0.4, "none", 246, 0, 0, 4, 0, 0, "", 0, false } },
+        { "en", "ch10", 2, "text", 14, false, { 14.8, "dark", 245, 0, 0, 4, 0, 0, "", 0, false } },
+        { "en", "ch11", 3, "photo", 10.5, true,
+            { 0.2, "white", 247, 0, 0, 4, 0, 0, "", 150, false } },
+        // backs without print, and the two that are nearly so
+        { "zh", "ch01", 40, "blank", 10.5, false,
+            { 0.7, "dark", 244, 0, 0.05, 4, 0.12, 0, "", 0, false } },
+        { "en", "ch01", 40, "blank", 10.5, false,
+            { -1.5, "white", 238, 0, 0, 5, 0, 4, "", 150, false } },
+        { "zh", "ch02", 40, "blank", 10.5, false,
+            { 2.5, "dark", 242, 0, 0.08, 4, 0.10, 2, "", 80, true } },
+        { "en", "ch02", 40, "blank", 10.5, false,
+            { 0, "none", 230, 20, 0.15, 6, 0.12, 0, "", 60, false } },
+        { "zh", "ch03", 12, "line", 10.5, false,
+            { -0.9, "dark", 244, 0, 0, 4, 0, 2, "", 40, false } },
+        { "en", "ch03", 12, "line", 10.5, false,
+            { 1.4, "white", 241, 0, 0, 4, 0.08, 0, "", 40, false } },
+    };
+    return plans;
+}
+
+} // namespace truth
