@@ -187,8 +187,9 @@ void strewSpecks(QImage& scan, int count, Dice& dice, PageTruth& page)
     for (int i = 0; i < count; ++i) {
         const QPointF at = page.pageToScan.map(QPointF(sheet.x() + dice.uniform() * sheet.width(),
             sheet.y() + dice.uniform() * sheet.height()));
-        // most dust is a single pixel, which a median takes; some is not
-        const int size = dice.below(4) == 0 ? 2 : 1;
+        // most dust is a single pixel; three across are more than a 3 x 3 median takes
+        const int kind = dice.below(8);
+        const int size = kind == 0 ? 3 : kind < 3 ? 2 : 1;
         const Speck speck { static_cast<int>(at.x()), static_cast<int>(at.y()), size };
         if (!scan.rect().contains(QRect(speck.x, speck.y, size, size))) {
             continue;
