@@ -212,10 +212,13 @@ public:
     {
         ImageSettings settings;
         settings.removeHoles = true;
-        const PageGroup group = m_times.run(scanned.page, settings);
-        const QTransform& place = scanned.truth.pageToScan;
-        m_letters += lettersKept(scanned.page, place, group.at(0), place, scanned.truth, {});
-        if (!scanned.truth.holes.isEmpty()) {
+        // the operation comes after the crop, whose own faults are measured apart
+        const Page sheet = straightened(scanned.page, scanned.truth);
+        PageTruth upright = scanned.truth;
+        upright.pageToScan = QTransform();
+        const PageGroup group = m_times.run(sheet, settings);
+        m_letters += lettersKept(sheet, {}, group.at(0), {}, upright, {});
+        if (!upright.holes.isEmpty()) {
             const Share filled = holesFilled(group[0], upright);
             m_filled += filled;
             if (filled.good < filled.all) {
@@ -421,10 +424,4 @@ std::vector<Row> measureOperations(const QString& folder)
     return rows;
 }
 
-} // namespace truth            settings.removeHoles = true;
-// the operation comes after the crop, whose own faults are measured apart
-const Page sheet = straightened(scanned.page, scanned.truth);
-PageTruth upright = scanned.truth;
-upright.pageToScan = QTransform();
-const PageGroup group = m_times.run(sheet, settings);
-m_letters += lettersKept(sheet, {}, group.at(0), {}, upright, {});
+} // namespace truth
