@@ -28,6 +28,24 @@ std::optional<int> decimal(const char* text)
     return int(value);
 }
 
+/// All text inside the element, that of elements within it too.
+QByteArray wholeText(const TiXmlNode& element)
+{
+    QByteArray text;
+    for (const TiXmlNode* node = element.FirstChild(); node != nullptr;
+         node = node->NextSibling()) {
+        text += node->ToText() != nullptr ? QByteArray(node->Value()) : wholeText(*node);
+    }
+    return text;
+}
+
+/// The element's text. One that begins with markup has none by itself.
+QByteArray message(const TiXmlElement& element)
+{
+    const char* text = element.GetText();
+    return text != nullptr ? QByteArray(text) : wholeText(element);
+}
+
 } // namespace
 
 void ErrorCatalogue::getErrorCode(const QString& path)
@@ -61,7 +79,7 @@ void ErrorCatalogue::getErrorCode(const QString& path)
         auto entry = std::make_unique<ErrorEntry>();
         entry->isError = *isError != 0;
         entry->isShow = QString::fromLocal8Bit(element->Attribute("ishow"));
-        entry->contents = QString::fromLocal8Bit(element->GetText());
+        entry->contents = QString::fromLocal8Bit(message(*element));
         m_entries[*code] = std::move(entry);
     }
 }

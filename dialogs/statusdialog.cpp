@@ -5,8 +5,6 @@
 #include "log/Log.h"
 #include "ui_statusdialog.h"
 
-#include <QShowEvent>
-
 #include <cstdio>
 
 namespace {
@@ -82,9 +80,8 @@ void StatusDialog::ShowStatusInfo(int code, int scanPage, int dealPage, int ocrP
     const ScanStatusTexts texts = scanStatusTexts(code, scanPage, dealPage, ocrPage);
     setWindowTitle(texts.title);
     ui->label->setText(texts.text);
-    if (isVisible()) {
-        fitToText();
-    }
+    // before it is shown: a new size while it comes up would lose the place of its frame
+    fitToText();
 }
 
 void StatusDialog::on_pushButton_clicked()
@@ -97,15 +94,19 @@ void StatusDialog::on_pushButton_clicked()
     hide();
 }
 
-void StatusDialog::showEvent(QShowEvent* event)
+/// Escape and the title bar do what the button does: no scan goes on behind a closed dialog.
+/// While there is no button, the dialog stays.
+void StatusDialog::reject()
 {
-    QDialog::showEvent(event);
-    fitToText();
+    if (ui->pushButton->isVisible() && ui->pushButton->isEnabled()) {
+        on_pushButton_clicked();
+    }
 }
 
 // Never shrinks while it is shown: page counts that gain a digit must not make it jump to and fro.
 void StatusDialog::fitToText()
 {
+    ensurePolished();
     const QSize label = kLabelSize.expandedTo(ui->label->sizeHint());
     const QSize button = kButtonSize.expandedTo(ui->pushButton->sizeHint());
     const QSize needed(std::max(label.width(), button.width()) + 2 * kSideMargin,

@@ -25,11 +25,11 @@ signals:
     /// The operator cancels the scan.
     void SignalsInformCancelScan();
 
+public slots:
+    void reject() override;
+
 private slots:
     void on_pushButton_clicked();
-
-protected:
-    void showEvent(QShowEvent* event) override;
 
 private:
     void fitToText();

@@ -54,9 +54,12 @@ bool StatusMessageBox::ShowStatusError(int code)
         entry.isShow = QStringLiteral("1");
         entry.contents = QStringLiteral("未找到的错误定义");
     }
-    setText(entry.contents);
+    const bool hidden = entry.isShow != QLatin1String("1");
+    if (!hidden || !isVisible()) { // the message that the operator is reading stays
+        setText(entry.contents);
+    }
     const QByteArray isShow = entry.isShow.toUtf8();
-    if (entry.isShow != QLatin1String("1")) {
+    if (hidden) {
         runLog("[func:%s][isShow:%s]error MsgBox is not show!", __func__, isShow.constData());
         return false;
     }
