@@ -13,6 +13,7 @@ pkg_check_modules(tiff REQUIRED IMPORTED_TARGET libtiff-4)
 pkg_check_modules(qpdf REQUIRED IMPORTED_TARGET libqpdf)
 pkg_check_modules(minizip REQUIRED IMPORTED_TARGET minizip)
 pkg_check_modules(zlib REQUIRED IMPORTED_TARGET zlib)
+pkg_check_modules(xcb REQUIRED IMPORTED_TARGET xcb)
 
 if(TARVEX_TESTS)
   find_package(GTest REQUIRED)

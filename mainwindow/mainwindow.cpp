@@ -5,6 +5,7 @@
 #include "app/common.h"
 #include "app/install_paths.h"
 #include "log/Log.h"
+#include "mainwindow/blocked_close.h"
 #include "mainwindow/main_window_ui.h"
 
 #include <QApplication>
@@ -72,9 +73,7 @@ MainWindow::~MainWindow()
     } else {
         m_OrvaSdk->UnInit();
     }
-    if (g_mainWindow == this) {
-        g_mainWindow = nullptr;
-    }
+    refuseCallbacks();
     releaseDialogs();
     delete m_OrvaSdk;
 }
@@ -122,6 +121,7 @@ void MainWindow::connectWindowSignals()
     connect(this, &MainWindow::FinalChangeNameNoSerial, this, &MainWindow::onChangeNameNoSerial);
     connect(this, &MainWindow::final_signal_iof_batch, this, &MainWindow::slot_on_iof_batch);
     connect(qApp, &QCoreApplication::aboutToQuit, this, &MainWindow::onApplicationQuit);
+    hearBlockedClose();
 }
 
 void MainWindow::connectButtons()

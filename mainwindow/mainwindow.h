@@ -28,6 +28,7 @@
 #include <string>
 #include <vector>
 
+class BlockedClose;
 struct MainWindowUi;
 class MainWindow;
 class onlineScanners;
@@ -92,6 +93,7 @@ struct JobRun
     std::atomic<bool> endSeen { false }; ///< the library or the worker has closed the job
     std::atomic<bool> keysResumed { false }; ///< a callback resumed the monitor, or will
     std::atomic<int> lastError { 0 }; ///< reported in this job; 0 none
+    std::atomic<int> queuedReports { 0 }; ///< of progress, that the GUI thread has not seen yet
     bool active = false; ///< GUI thread: from the click until the buttons are back
     bool isPreview = false; ///< set before the worker starts
     bool namedBySerial = false; ///< GUI thread, as it started
@@ -327,6 +329,7 @@ private:
     void takeFileName(const std::string& fileName);
     void applyEmissions(const rules::ScanEmissions& out, const QString& previewFile, int nState);
     void reportError(int code, const rules::ErrorSteps& steps);
+    void refuseCallbacks();
 
     // preview
     void showPreviewImage(const QString& fileName);
@@ -344,7 +347,7 @@ private:
     void onVal4KeyPress();
     void onVal8KeyPress();
     void toggleWindow();
-    void stopPolling();
+    bool stopPolling();
     /// Waits until `done`, at most `limit`. On the GUI thread events are delivered meanwhile.
     bool waitAnswering(std::chrono::milliseconds limit, const std::function<bool()>& done);
     void notifyWaiters();
@@ -385,9 +388,12 @@ private:
 
     // notices and job log
     StatusMessageBox& messageBox();
+    void runNotice(StatusMessageBox& box, const QString& title, const QString& text);
+    void hideProgress();
     void followLogConfig(int levelIndex, const QString& folder);
 
     // closing
+    void hearBlockedClose();
     bool endRunningJob();
     void requestFinish();
     void finishClosing();
@@ -448,8 +454,10 @@ private:
     // dialogs, made on first use
     StatusMessageBox* m_statusMessageBox = nullptr;
     StatusDialog* m_statusDialog = nullptr;
+    bool m_noticeShown = false; ///< the box is a notice that waits for its answer
 
     // closing
+    std::unique_ptr<BlockedClose> m_blockedClose;
     int m_busy = 0;
     bool m_closing = false;
     bool m_finishRequested = false;

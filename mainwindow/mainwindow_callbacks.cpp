@@ -5,11 +5,59 @@
 #include "mainwindow/mainwindow.h"
 #include "sdk/codes.h"
 
+namespace {
+
+/// A library that reports faster than the window can draw must not keep it from hearing a cancel.
+/// Counts run on, so the next report tells what was left out.
+constexpr int kMostQueuedReports = 64;
+
+std::mutex usersMutex;
+std::condition_variable usersChanged;
+int users = 0; ///< callbacks that are inside the window
+
+/// The window for one callback; it is not destroyed while this lives. Null without a window.
+class CalledWindow
+{
+public:
+    CalledWindow()
+    {
+        const std::lock_guard<std::mutex> lock(usersMutex);
+        m_window = g_mainWindow;
+        users += m_window != nullptr ? 1 : 0;
+    }
+    ~CalledWindow()
+    {
+        const std::lock_guard<std::mutex> lock(usersMutex);
+        users -= m_window != nullptr ? 1 : 0;
+        usersChanged.notify_all();
+    }
+    CalledWindow(const CalledWindow&) = delete;
+    CalledWindow& operator=(const CalledWindow&) = delete;
+
+    MainWindow* get() const { return m_window; }
+
+private:
+    MainWindow* m_window = nullptr;
+};
+
+} // namespace
+
+/// The end of the window: callbacks that come now find none, those that are inside leave first.
+void MainWindow::refuseCallbacks()
+{
+    std::unique_lock<std::mutex> lock(usersMutex);
+    if (g_mainWindow == this) {
+        g_mainWindow = nullptr;
+        usersChanged.wait_for(lock, timing::kCloseLimit, [] { return users == 0; });
+    }
+}
+
 void MainWindow::SdkScanCallBack(int nState, int nPage, std::string FileName)
 {
     runLog("[func:%s]nPage = %d, nState = %d, FileName = %s", "SdkScanCallBack", nPage, nState,
         FileName.c_str());
-    MainWindow* const window = g_mainWindow;
+    const CalledWindow called;
+    MainWindow* const window = called.get();
     if (window == nullptr) {
         runLog("gmainWindow = NULL");
         return;
@@ -22,7 +70,8 @@ void MainWindow::SdkScanCallBack(int nState, int nPage, std::string FileName)
 
 void MainWindow::SdkScanPreviewCallBack(int nState, int nPage, std::string FileName)
 {
-    MainWindow* const window = g_mainWindow;
+    const CalledWindow called;
+    MainWindow* const window = called.get();
     if (window == nullptr) {
         runLog("gmainWindow = NULL");
         return;
@@ -41,7 +90,8 @@ int MainWindow::SdkScanErrorCodeCallBack(int nErrorCode)
     if (steps.logCode) {
         runLog("[func:%s] nErrorCode = %d", "SdkScanErrorCodeCallBack", nErrorCode);
     }
-    MainWindow* const window = g_mainWindow;
+    const CalledWindow called;
+    MainWindow* const window = called.get();
     if (window == nullptr) {
         runLog("gmainWindow = NULL");
         return -1;
@@ -52,7 +102,8 @@ int MainWindow::SdkScanErrorCodeCallBack(int nErrorCode)
 
 int MainWindow::SdkScanPreviewErrorCodeCallBack(int nErrorCode)
 {
-    MainWindow* const window = g_mainWindow;
+    const CalledWindow called;
+    MainWindow* const window = called.get();
     if (window == nullptr) {
         runLog("gmainWindow = NULL");
         return -1;
@@ -78,7 +129,8 @@ void MainWindow::applyEmissions(
             return; // told already, here or by the worker
         }
     }
-    if (out.status) {
+    if (out.status && (out.isEnd != 0 || m_job.queuedReports < kMostQueuedReports)) {
+        ++m_job.queuedReports;
         emit scanStatusOccur(out.isEnd, m_job.counters.scanned, m_job.counters.saved, -1);
     }
     if (out.previewFile) {

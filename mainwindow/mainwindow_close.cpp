@@ -5,6 +5,7 @@
 #include "dialogs/statusdialog.h"
 #include "dialogs/statusmesbox.h"
 #include "log/Log.h"
+#include "mainwindow/blocked_close.h"
 #include "mainwindow/main_window_ui.h"
 #include "mainwindow/mainwindow.h"
 
@@ -18,6 +19,8 @@ namespace {
 
 /// Dialogs on top of one another that closing takes down; one that is closing itself stays active.
 constexpr int kMostDialogs = 8;
+
+constexpr std::chrono::milliseconds kCancelAgain { 500 };
 
 } // namespace
 
@@ -61,6 +64,7 @@ void MainWindow::closeEvent(QCloseEvent* event)
             QFile::remove(tmp_preview);
         }
         ThreadKeyOver();
+        hideProgress();
         // dialogs that are still open must not keep the event loop, or speak to a window that is
         // gone
         for (int i = 0; i < kMostDialogs && QApplication::activeModalWidget() != nullptr; ++i) {
@@ -69,6 +73,16 @@ void MainWindow::closeEvent(QCloseEvent* event)
     }
     // Running the destructor inside Qt's own close handling would pull the object from under it.
     requestFinish();
+}
+
+/// The close button is meant also while the progress of a scan is in front.
+void MainWindow::hearBlockedClose()
+{
+    m_blockedClose = std::make_unique<BlockedClose>(*this, [this] {
+        if (m_statusDialog != nullptr && QApplication::activeModalWidget() == m_statusDialog) {
+            QMetaObject::invokeMethod(this, &QWidget::close, Qt::QueuedConnection);
+        }
+    });
 }
 
 /// Cancels a running job and waits until its worker is through; what it had to say is heard. False
@@ -86,8 +100,12 @@ bool MainWindow::endRunningJob()
     }
     if (!idle()) {
         runLog("[func:%s]the running job is cancelled", __func__);
-        m_OrvaSdk->CancelScan();
-        if (!waitAnswering(timing::kCloseLimit * 3 / 5, idle)) {
+        // again and again: a worker that has not yet reached Scan would not hear the first one
+        const auto end = std::chrono::steady_clock::now() + timing::kCloseLimit * 3 / 5;
+        do {
+            m_OrvaSdk->CancelScan();
+        } while (!waitAnswering(kCancelAgain, idle) && std::chrono::steady_clock::now() < end);
+        if (!idle()) {
             m_libraryHeld = true;
             runLog("[func:%s]the job does not end", __func__);
         }

@@ -7,10 +7,8 @@
 #include "mainwindow/rules/key_actions.h"
 
 #include <QCoreApplication>
-#include <QDesktopServices>
 #include <QFileInfo>
 #include <QThread>
-#include <QUrl>
 
 #include <cerrno>
 #include <cstdio>
@@ -23,6 +21,9 @@ namespace {
 
 using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
+
+/// A library that takes longer to tell its buttons is not going to scan either.
+constexpr milliseconds kPollLimit { 15000 };
 
 /// The condition's time-outs are not moved by a change of the system time.
 int makeCondition()
@@ -174,8 +175,9 @@ void MainWindow::ThreadKeyPause()
         return m_keys.paused != 0 || m_keys.running != 0 || m_keys.ended != 0;
     };
     while (true) {
-        if (m_keys.running != 0) {
-            stopPolling();
+        if (m_keys.running != 0 && !stopPolling()) {
+            runLog("[func:%s]a poll of the buttons does not return", "ThreadKeyPause");
+            return;
         }
         if (m_keys.paused != 0 || !m_keys.made || m_keys.ended != 0 || m_closing) {
             break;
@@ -190,14 +192,14 @@ void MainWindow::ThreadKeyPause()
 }
 
 /// Sets the running flag to 0. A poll holds the mutex for as long as the library takes, so that the
-/// window answers in the meantime.
-void MainWindow::stopPolling()
+/// window answers in the meantime. False when the poll takes too long.
+bool MainWindow::stopPolling()
 {
     if (!m_keys.ready || m_keys.exit != 0) {
         m_keys.running = 0;
-        return;
+        return true;
     }
-    waitAnswering(std::chrono::hours(1), [this] {
+    return waitAnswering(kPollLimit, [this] {
         if (m_closing || !m_keys.ready) {
             return true;
         }
@@ -297,6 +299,7 @@ void MainWindow::onVal1KeyPress()
 void MainWindow::onVal2KeyPress()
 {
     std::puts("onVal2KeyPress");
+    m_keys.scanFinished = 0; // what the job before has left is not asked for
     m_keys.openResult = 1;
     emit SignalThreadStartScan();
 }

@@ -46,17 +46,34 @@ void MainWindow::onShowScanError(int code)
     } else {
         box.setGeometry(QRect(freePosition(), QSize(kFreeBoxEdge, kFreeBoxEdge)));
     }
+    hideProgress();
+    box.show();
+}
+
+void MainWindow::hideProgress()
+{
     if (m_statusDialog != nullptr) {
         m_statusDialog->hide();
     }
-    box.show();
 }
 
 void MainWindow::dynamic_state_msg_box(QString title, QString text)
 {
     const Busy busy(*this);
-    StatusMessageBox& box = messageBox();
-    box.hide(); // an error that still stands there has been read or is replaced
+    StatusMessageBox& first = messageBox();
+    if (m_noticeShown) {
+        StatusMessageBox second; // a scanner's button was pressed under a notice: on top of it
+        runNotice(second, title, text);
+        return;
+    }
+    first.hide(); // an error that still stands there has been read or is replaced
+    m_noticeShown = true;
+    runNotice(first, title, text);
+    m_noticeShown = false;
+}
+
+void MainWindow::runNotice(StatusMessageBox& box, const QString& title, const QString& text)
+{
     box.move(isVisible() ? pos() + kBoxOffset : freePosition());
     box.CustomMsgBox(title, text);
     box.exec();
@@ -64,6 +81,9 @@ void MainWindow::dynamic_state_msg_box(QString title, QString text)
 
 void MainWindow::onShowScanStatus(int code, int scanPage, int dealPage, int ocrPage)
 {
+    if (m_job.queuedReports > 0) {
+        --m_job.queuedReports;
+    }
     if (m_statusDialog == nullptr) {
         m_statusDialog = new StatusDialog;
     }

@@ -17,6 +17,13 @@
 
 #include <cstdio>
 
+namespace {
+
+/// More than an A3 page at 600 dpi has, and 400 MB of memory.
+constexpr qint64 kMostPreviewPixels = 100'000'000;
+
+} // namespace
+
 void MainWindow::onSetPreviewConfigInfo()
 {
     rules::SummaryControls controls;
@@ -83,6 +90,12 @@ void MainWindow::showPreviewImage(const QString& fileName)
 {
     QImageReader reader(fileName);
     reader.setAutoTransform(true);
+    const QSize size = reader.size();
+    if (static_cast<qint64>(size.width()) * size.height() > kMostPreviewPixels) {
+        runLog("[func:%s]%s: %d x %d pixels are too many to be shown", "onProcessScanFile",
+            qUtf8Printable(fileName), size.width(), size.height());
+        return;
+    }
     const QImage image = reader.read();
     if (!image.isNull()) {
         const qreal ratio = ui->imagePreviewVL->devicePixelRatioF();
@@ -102,6 +115,7 @@ void MainWindow::keepPreviewCopy(const std::string& file)
     const int result = com_copy_file(file, copy);
     if (result != 0) {
         runLog("[func:%s]copy file fail:[%d]", "onProcessScanFile", result);
+        QFile::remove(tmp_preview); // half an image
     } else if (::chmod(copy.c_str(), 0777) != 0) {
         runLog("[func:%s]tmp_preview:%s chmod fail!", "onProcessScanFile", copy.c_str());
     }

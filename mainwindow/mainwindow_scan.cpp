@@ -30,7 +30,7 @@ const MainWindow::JobKind MainWindow::kPreviewJob { "onStartPreViewScan", 1, tru
 namespace {
 
 /// How long the worker waits for an end that the library reports after Scan has returned.
-constexpr std::chrono::milliseconds kEndGrace { 300 };
+constexpr std::chrono::milliseconds kEndGrace { 300 / TARVEX_TIME_DIVISOR };
 
 /// A field of the job record holds less than the buffer that the text comes in; a name that is too
 /// long for it is cut there.
@@ -72,6 +72,11 @@ void MainWindow::startJob(const JobKind& kind)
         m_job.active = false;
         return;
     }
+    if (m_keys.running != 0) {
+        onShowScanError(orva::kDeviceTimeout); // a poll of the buttons does not return
+        abandonStart();
+        return;
+    }
     resetJob(kind.isPreview != 0);
     m_OrvaSdk->SetStateCallback(kind.onState, nullptr);
     m_OrvaSdk->SetErrorCallback(kind.onError, nullptr);
@@ -94,7 +99,10 @@ void MainWindow::startJob(const JobKind& kind)
     IOFLog.GetCurDayTime(m_startTime);
     runLog("starttime =  %s", m_startTime);
     if (!startWorker()) {
+        // KEPT: the buttons stay as they are; the scanner's own button can try again
         runLog("[%s][%d]开启扫描线程失败", kind.name, __LINE__);
+        onShowScanError(orva::kNoMemory);
+        hideProgress();
         abandonStart();
     }
 }
@@ -102,6 +110,7 @@ void MainWindow::startJob(const JobKind& kind)
 void MainWindow::abandonStart()
 {
     m_job.active = false;
+    m_keys.openResult = 0; // a later job is not the one whose result was to be opened
     emit SignalThreadKeyStart();
 }
 
@@ -115,6 +124,7 @@ void MainWindow::resetJob(bool preview)
     m_job.endSeen = false;
     m_job.keysResumed = false;
     m_job.lastError = 0;
+    m_job.queuedReports = 0;
     m_job.startAgain = false;
     m_IsOccurError = 1;
     m_keys.scanFinished = 0;
@@ -174,6 +184,7 @@ void MainWindow::closeUnreportedJob(int scanResult)
         if (scanResult != orva::kOk && scanResult != orva::kCancelled && m_job.lastError == 0) {
             m_job.lastError = scanResult;
             m_IsOccurError = 0;
+            m_keys.openResult = 0;
             emit scanStatusError(scanResult);
         }
         if (m_IsOccurError == 1) {
@@ -207,6 +218,9 @@ void MainWindow::onDisableScanButton()
 void MainWindow::onEnableScanBtn()
 {
     m_job.active = false;
+    if (m_IsOccurError == 0) {
+        hideProgress(); // also when the catalogue hides the error: nothing more is reported
+    }
     std::printf("MainWindow::onEnableScanBtn()  this->ui->scanMainBtn=%d\n",
         ui->scanMainBtn->isEnabled() ? 1 : 0);
     for (QWidget* button : jobButtons()) {

@@ -15,7 +15,7 @@ fail() { printf 'error: %s\n' "$*" >&2; exit 1; }
 # What compiling needs.
 build_packages=(
   build-essential ccache cmake libcjson-dev libcli11-dev libjpeg62-turbo-dev libminizip-dev libpng-dev
-  libqpdf-dev libsane-dev libtiff-dev libtinyxml-dev libturbojpeg0-dev fonts-noto-cjk librsvg2-bin ninja-build
+  libqpdf-dev libsane-dev libtiff-dev libtinyxml-dev libturbojpeg0-dev libxcb1-dev fonts-noto-cjk librsvg2-bin ninja-build
   pkg-config qtbase5-dev qtbase5-dev-tools qttools5-dev qttools5-dev-tools zlib1g-dev)
 # What a run needs on a machine without a display.
 display_packages=(imagemagick openbox x11-utils xauth xdotool xvfb)

@@ -21,24 +21,6 @@ KeyAction keyAction(int value)
     return KeyAction::kIgnore;
 }
 
-const char* keyActionLine(KeyAction action)
-{
-    switch (action) {
-    case KeyAction::kStartScan:
-        return "onVal1KeyPress";
-    case KeyAction::kStartScanAndOpen:
-        return "onVal2KeyPress";
-    case KeyAction::kToggleWindow:
-        return "onVal4KeyPress";
-    case KeyAction::kNoteCancel:
-        return "onVal8KeyPress already note the cancel scan";
-    case KeyAction::kIgnore:
-    case KeyAction::kOpenResult:
-        break;
-    }
-    return nullptr;
-}
-
 OpenResult openResult(bool scanFinished, bool openRequested, const std::vector<std::string>& files,
     const std::function<bool(const std::string&)>& exists)
 {

@@ -21,8 +21,6 @@ enum class KeyAction
 
 /// Value of GetButtonStatus to action.
 [[nodiscard]] KeyAction keyAction(int value);
-/// What the action prints to standard output, without a line break; nullptr when it prints nothing.
-[[nodiscard]] const char* keyActionLine(KeyAction action);
 
 /// What an idle poll does about the result of a button-2 scan.
 struct OpenResult
