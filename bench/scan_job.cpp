@@ -5,6 +5,7 @@
 //   bench_scan_job sheets FOLDER COUNT
 //   bench_scan_job encode FOLDER ROUNDS
 //   bench_scan_job scan LIBRARY DEVICE SOURCE QUALITY FORMAT pages|document WIDTH HEIGHT FOLDER
+//     [deskew]
 //
 // Each prints one line of "name=value". Times are seconds, memory is kilobytes.
 #include "bench/drawn_page.h"
@@ -212,6 +213,7 @@ struct JobWish
     double widthMm;
     double heightMm;
     const char* folder;
+    bool deskew; ///< and crop
 };
 
 int scan(const char* file, const JobWish& wish)
@@ -229,6 +231,7 @@ int scan(const char* file, const JobWish& wish)
     expectOk(sdk.SetJPGQulity(wish.quality), "SetJPGQulity");
     ImageParam image {};
     image.nGamma = 1;
+    image.bAutoCropDeskew = wish.deskew ? 1 : 0;
     expectOk(sdk.SetImageParam(image), "SetImageParam");
     FileParam files {};
     std::snprintf(files.szFilePath, sizeof files.szFilePath, "%s", wish.folder);
@@ -263,11 +266,12 @@ int run(const std::vector<std::string>& words)
     if (command == "encode" && words.size() == 3) {
         return encodeSheets(words[1], std::stoi(words[2]));
     }
-    if (command == "scan" && words.size() == 10) {
+    const bool deskew = words.size() == 11 && words[10] == "deskew";
+    if (command == "scan" && (words.size() == 10 || deskew)) {
         return scan(words[1].c_str(),
             { words[2].c_str(), words[3].c_str(), std::stoi(words[4]), std::stoi(words[5]),
-                words[6] == "document", std::stod(words[7]), std::stod(words[8]),
-                words[9].c_str() });
+                words[6] == "document", std::stod(words[7]), std::stod(words[8]), words[9].c_str(),
+                deskew });
     }
     throw std::runtime_error("usage: see the head of the source");
 }

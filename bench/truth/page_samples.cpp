@@ -117,7 +117,13 @@ Share specksGone(const orva::Page& after, const QImage& ink, const PageTruth& tr
         const QPointF at = toPage.map(middle);
         if (!nearHoleOrPhoto(truth, at)
             && isClear(ink, static_cast<int>(at.x()), static_cast<int>(at.y()), 6, 200)) {
-            share.count(lumaAt(after, speck.x, speck.y) > paperAround(after, middle, 14) - 60);
+            int dark = 255;
+            for (int y = speck.y; y < speck.y + speck.size; ++y) {
+                for (int x = speck.x; x < speck.x + speck.size; ++x) {
+                    dark = std::min(dark, lumaAt(after, x, y));
+                }
+            }
+            share.count(dark > paperAround(after, middle, 14) - 60);
         }
     }
     return share;

@@ -1,7 +1,11 @@
 // Measures the scanner library against a truth set and prints Markdown.
 //
-//   truth-measure operations FOLDER      the page operations
+//   truth-measure operations FOLDER          the page operations
+//   truth-measure text FOLDER BOXES [moved]  what `pdftotext -raw -bbox` says of a document of all
+//                                            pages; "moved": they were cropped or turned
+//   truth-measure cells FOLDER CSV_FOLDER    what xls2csv says of the pages with tables
 #include "bench/truth/operation_measures.h"
+#include "bench/truth/text_measures.h"
 
 #include <cstdio>
 #include <stdexcept>
@@ -22,6 +26,15 @@ int run(const QStringList& words)
 {
     if (words.size() == 3 && words[1] == "operations") {
         return operations(words[2]);
+    }
+    const bool moved = words.size() == 5 && words[4] == "moved";
+    if ((words.size() == 4 || moved) && words[1] == "text") {
+        truth::measureText(words[2], words[3], !moved);
+        return 0;
+    }
+    if (words.size() == 4 && words[1] == "cells") {
+        truth::measureCells(words[2], words[3]);
+        return 0;
     }
     throw std::runtime_error("usage: see the head of the source");
 }
