@@ -13,36 +13,27 @@
 
 namespace {
 
-constexpr qint64 kChunkBytes = 64LL * 1024;
 /// Damaged files that are kept beside each other; the last place is then used again.
 constexpr int kDamagedKept = 99;
 
-/// Text in UTF-8 without a NUL byte. Reads in chunks: the file may be large.
-bool isPlainText(QFile& file)
+/// Text in UTF-8 without a NUL byte, every line ended: a file that was cut off ends in the middle
+/// of one.
+bool isPlainText(const QByteArray& bytes)
 {
-    QTextCodec* utf8 = QTextCodec::codecForName("UTF-8");
     QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
-    while (!file.atEnd()) {
-        const QByteArray chunk = file.read(kChunkBytes);
-        if (chunk.isEmpty() || chunk.contains('\0')) {
-            return false;
-        }
-        utf8->toUnicode(chunk.constData(), chunk.size(), &state);
-        if (state.invalidChars > 0) {
-            return false;
-        }
-    }
-    return state.remainingChars == 0;
+    QTextCodec::codecForName("UTF-8")->toUnicode(bytes.constData(), bytes.size(), &state);
+    return state.invalidChars == 0 && state.remainingChars == 0 && !bytes.contains('\0')
+        && (bytes.isEmpty() || bytes.endsWith('\n'));
 }
 
 /// A file that can be opened and is no settings file. One that cannot be opened reads as empty.
 bool isDamaged(const QString& fileName)
 {
     QFile file(fileName);
-    if (!QFileInfo(fileName).isFile() || !file.open(QIODevice::ReadOnly)) {
+    if (!file.open(QIODevice::ReadOnly)) {
         return false;
     }
-    if (file.size() > backupSetting::kMaxBytes || !isPlainText(file)) {
+    if (file.size() > backupSetting::kMaxBytes || !isPlainText(file.readAll())) {
         return true;
     }
     file.close();
@@ -50,6 +41,16 @@ bool isDamaged(const QString& fileName)
     trial.setIniCodec("UTF-8");
     static_cast<void>(trial.allKeys());
     return trial.status() == QSettings::FormatError;
+}
+
+/// Something stands there that must not be replaced: a file that may not be written, or no file at
+/// all. Opening a pipe would wait for ever.
+bool isProtected(const QString& fileName)
+{
+    const QByteArray path = QFile::encodeName(fileName);
+    return ::access(path.constData(), F_OK) == 0
+        && (!QFileInfo(fileName).isFile()
+            || ::faccessat(AT_FDCWD, path.constData(), W_OK, AT_EACCESS) != 0);
 }
 
 /// Renames the file to the first free "<file>.damaged-<n>". Empty when it cannot be renamed.
@@ -118,6 +119,11 @@ QString stagingName(const QString& fileName)
 {
     return fileName + QStringLiteral(".new");
 }
+/// For a store that is not kept.
+QString nowhere()
+{
+    return QStringLiteral("/dev/null/unused.ini");
+}
 QString checkName(const QString& fileName)
 {
     return fileName + QStringLiteral(".check");
@@ -129,20 +135,23 @@ backupSetting::backupSetting(const QString& fileName)
     : m_fileName(fileName)
 {
     QString source = fileName;
-    if (isDamaged(fileName)) {
+    if (QFileInfo::exists(fileName) && !QFileInfo(fileName).isFile()) {
+        source = nowhere();
+    } else if (isDamaged(fileName)) {
         m_damagedCopy = putAside(fileName);
         if (m_damagedCopy.isEmpty()) {
             // It must not be read, and it cannot be replaced either: an empty store that is not
             // kept.
             runLog("[func:%s]settings file %s is damaged and cannot be renamed; not used",
                 "backupSetting", fileName.toUtf8().constData());
-            source = QStringLiteral("/dev/null/unused.ini");
+            source = nowhere();
             m_refused = true;
         } else {
             runLog("[func:%s]settings file %s is damaged; kept as %s", "backupSetting",
                 fileName.toUtf8().constData(), m_damagedCopy.toUtf8().constData());
         }
     }
+    m_refused = m_refused || isProtected(fileName);
     m_settings = openIni(source);
 }
 
@@ -205,11 +214,10 @@ void backupSetting::stage()
         return;
     }
     m_staged = true;
-    if (m_refused) {
-        return;
+    if (!m_refused) {
+        QFile::remove(stagingName(m_fileName)); // left by a crash
     }
-    QFile::remove(stagingName(m_fileName)); // left by a crash
-    auto staging = openIni(stagingName(m_fileName));
+    auto staging = openIni(m_refused ? nowhere() : stagingName(m_fileName));
     for (const QString& key : m_settings->allKeys()) {
         staging->setValue(key, m_settings->value(key));
     }

@@ -14,9 +14,10 @@
 class backupSetting
 {
 public:
-    /// Opens the file. A damaged one (over kMaxBytes, not UTF-8, a NUL byte, not INI) is renamed to
-    /// "<file>.damaged-<n>", which is logged, and the store is empty. A missing file is an empty
-    /// store.
+    /// Opens the file. A damaged one (over kMaxBytes, not UTF-8, a NUL byte, no line break at its
+    /// end, not INI) is renamed to "<file>.damaged-<n>", which is logged, and the store is empty. A
+    /// missing file is an empty store; so is one that cannot be read. What may not be written, or
+    /// is no plain file, is not replaced either.
     explicit backupSetting(const QString& fileName);
     /// A native store by organisation and application name; none of the checks above.
     backupSetting(QSettings::Format format, QSettings::Scope scope, const QString& organization,
@@ -40,8 +41,8 @@ public:
     /// Where a damaged file was put; empty when the file was sound or missing.
     [[nodiscard]] QString damagedCopy() const { return m_damagedCopy; }
 
-    /// Larger files are taken for damaged, so that reading stays quick. 50 MB.
-    static constexpr qint64 kMaxBytes = 50LL * 1024 * 1024;
+    /// Larger files are taken for damaged, so that reading stays quick. A real one has about 2 KB.
+    static constexpr qint64 kMaxBytes = 1024LL * 1024;
 
 private:
     void stage();

@@ -2,6 +2,7 @@
 #include "mainwindow/main_window_ui.h"
 
 #include "dialogs/look.h"
+#include "mainwindow/rules/naming_rules.h"
 
 #include <QAbstractSpinBox>
 #include <QEvent>
@@ -151,8 +152,10 @@ void MainWindowUi::setupUi(QMainWindow* window)
     setIcons(*this);
     setKeys(*this);
 
-    setValidator(fileNamePreEdit, "[a-zA-Z0-9]*");
-    setValidator(nameNoSerialEdit, "[a-zA-Z0-9]+$");
+    setValidator(fileNamePreEdit, rules::kPrefixPattern);
+    fileNamePreEdit->setMaxLength(rules::kPrefixMaxLength);
+    setValidator(nameNoSerialEdit, rules::kSerialPattern);
+    nameNoSerialEdit->setMaxLength(rules::kSerialMaxLength);
 
     for (QLineEdit* path : { filePathEdit, LogFilePathEdit }) {
         QObject::connect(path, &QLineEdit::textChanged, path, &QLineEdit::setToolTip);

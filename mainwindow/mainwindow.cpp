@@ -7,6 +7,7 @@
 #include "log/Log.h"
 #include "mainwindow/blocked_close.h"
 #include "mainwindow/main_window_ui.h"
+#include "mainwindow/rules/naming_rules.h"
 
 #include <QApplication>
 #include <QDesktopServices>
@@ -155,6 +156,18 @@ void MainWindow::connectNaming()
     connect(ui->serialNameRadio, &QRadioButton::toggled, this, &MainWindow::onProcessFileNameForm);
     connect(ui->nameNoLenSpinBox, kValueChanged, this, &MainWindow::onSetSpinBoxValue);
     connect(ui->nameNoSerialEdit, &QLineEdit::textEdited, this, &MainWindow::onNameNoSerialEdit);
+    // what a field does not take, it does not take silently
+    connect(ui->fileNamePreEdit, &QLineEdit::inputRejected, this, [this] {
+        showNameHint(
+            QStringLiteral("名称前缀仅支持英文或数字，最多%1个字符").arg(rules::kPrefixMaxLength));
+    });
+    connect(ui->nameNoSerialEdit, &QLineEdit::inputRejected, this, [this] {
+        showNameHint(QStringLiteral("起始位仅支持数字，最多%1位").arg(rules::kSerialMaxLength));
+    });
+    const auto clearHint = [this] { showNameHint(QString()); };
+    connect(ui->fileNamePreEdit, &QLineEdit::editingFinished, this, clearHint);
+    connect(ui->nameNoSerialEdit, &QLineEdit::editingFinished, this, clearHint);
+    connect(ui->nameNoLenSpinBox, kValueChanged, this, clearHint);
 }
 
 void MainWindow::connectControlRules()

@@ -353,6 +353,7 @@ private:
     void notifyWaiters();
 
     // file names
+    void showNameHint(const QString& text);
 
     // settings
     void applyFactorySet();
@@ -360,12 +361,15 @@ private:
     void applySetting(const rules::ReadStep& step, const QVariant& value);
     void applyFileSetting(const rules::ReadStep& step, const QVariant& value);
     void applyImageSetting(const rules::ReadStep& step, const QVariant& value);
+    void showStoredGamma(double gamma);
     void followLoadedSettings();
     QVariant gatherSetting(rules::Setting id) const;
     QVariant gatherFileSetting(rules::Setting id) const;
     QVariant gatherImageSetting(rules::Setting id) const;
 
     // control rules
+    rules::ControlState controlState() const;
+    void applyControls(rules::Controls controls);
     void applySteps(const rules::ControlSteps& steps);
     std::vector<QWidget*> widgetsOf(rules::Control control) const;
     QStringList libraryNames(int count, int (COrva_SDK::*nameOf)(int, char*)) const;

@@ -94,6 +94,24 @@ void MainWindow::applySteps(const rules::ControlSteps& steps)
     }
 }
 
+rules::ControlState MainWindow::controlState() const
+{
+    rules::ControlState state;
+    state.colorMode = ui->colorModeComBo->currentText();
+    state.autoLevel = ui->autopLevelchkBox->isChecked();
+    state.textOrientation = ui->autoRotatChkBox->isChecked();
+    state.dropout = ui->ColorDropoutComBox->currentText();
+    state.removeBlank = ui->checkBox_blank->isChecked();
+    state.fileType = ui->fileTypeCombo->currentText();
+    state.paper = ui->paperTypeComBo->currentText();
+    return state;
+}
+
+void MainWindow::applyControls(rules::Controls controls)
+{
+    applySteps(rules::controlSteps(controlState(), controls));
+}
+
 int MainWindow::AutoLevelDisableLogic()
 {
     applySteps(rules::autoLevelDisableLogic());
@@ -102,34 +120,35 @@ int MainWindow::AutoLevelDisableLogic()
 
 int MainWindow::EnableLogicMethod()
 {
-    applySteps(rules::enableLogicMethod(
-        ui->autopLevelchkBox->isChecked(), ui->colorModeComBo->currentText()));
+    applyControls(rules::kToneControls);
     return 0;
 }
 
 int MainWindow::AutoLevelEnable()
 {
-    const rules::AutoLevelRule rule = rules::autoLevelEnable(
-        ui->autopLevelchkBox->isChecked(), ui->colorModeComBo->currentText());
-    if (rule.logDisabled) {
-        runLog("info:AutoLevelDisable");
+    if (ui->autopLevelchkBox->isChecked()) {
+        AutoLevelDisableLogic();
+        m_autoLevelFlag = rules::kAutoLevelOn;
+        EnableLogicMethod(); // nothing more to do, unless a template checks the box in 黑白
+        return 0;
     }
-    applySteps(rule.steps);
-    m_autoLevelFlag = rule.flag;
+    runLog("info:AutoLevelDisable");
+    EnableLogicMethod();
+    m_autoLevelFlag = rules::kAutoLevelOff;
     return 0;
 }
 
 int MainWindow::RotAngleDisable()
 {
-    const rules::RotationRule rule = rules::rotAngleDisable(ui->autoRotatChkBox->isChecked());
-    applySteps(rule.steps);
-    m_autoRotateFlag = rule.flag;
+    m_autoRotateFlag = ui->autoRotatChkBox->isChecked() ? 1 : 0;
+    ui->autoRotateModComBox->setCurrentIndex(0);
+    applyControls(rules::kRotationControls);
     return 0;
 }
 
 void MainWindow::ColorDropoutChanged()
 {
-    applySteps(rules::colorDropoutChanged(ui->ColorDropoutComBox->currentText()));
+    applyControls(rules::kReinforcedControls);
 }
 
 void MainWindow::onchangeColorMode()
@@ -146,12 +165,13 @@ void MainWindow::onchangeColorMode()
         m_autoLevelFlag = -m_autoLevelFlag;
     }
     EnableLogicMethod();
-    applySteps(rule.after);
+    applyControls(rules::kColorModeControls);
+    onGetFileName(); // several streams have names of their own
 }
 
 void MainWindow::onchangePaperType()
 {
-    applySteps(rules::paperTypeChanged(ui->paperTypeComBo->currentText()));
+    applyControls(rules::kPaperControls);
 }
 
 void MainWindow::onchangeDocType()
@@ -191,17 +211,17 @@ void MainWindow::onSetGammaSlider(double gamma)
 
 void MainWindow::setFilterColor()
 {
-    applySteps(rules::filterColor(ui->colorModeComBo->currentText()));
+    applyControls(rules::kDropoutControls);
 }
 
 void MainWindow::setBlankControls()
 {
-    applySteps(rules::blankChanged(ui->checkBox_blank->isChecked()));
+    applyControls(rules::kBlankControls);
 }
 
 void MainWindow::limitPageChoice()
 {
-    applySteps(rules::pagesOfFileType(ui->fileTypeCombo->currentText()));
+    applyControls(rules::kPageControls);
 }
 
 /// The two buttons exclude one another; the example name is all that follows.

@@ -5,6 +5,7 @@
 #include "mainwindow/main_window_ui.h"
 #include "mainwindow/mainwindow.h"
 #include "mainwindow/rules/naming_rules.h"
+#include "sdk/codes.h"
 
 #include <QDateTime>
 #include <QFileDialog>
@@ -75,6 +76,7 @@ void MainWindow::onGetFileName()
     controls.serialStart = ui->nameNoSerialEdit->text();
     controls.serialDigits = ui->nameNoLenSpinBox->value();
     controls.fileType = ui->fileTypeCombo->currentText();
+    controls.severalStreams = SetSDKColorMode() == static_cast<int>(orva::ColorMode::kMultiStream);
     ui->fileNameExampleLine->setText(rules::exampleName(controls, QDateTime::currentDateTime()));
 }
 
@@ -111,7 +113,11 @@ void MainWindow::onSetSpinBoxValue(int digits)
 
 void MainWindow::onNameNoSerialEdit()
 {
+    const QString typed = ui->nameNoSerialEdit->text();
     onSetSpinBoxValue(ui->nameNoLenSpinBox->value());
+    if (ui->nameNoSerialEdit->text() != typed) {
+        showNameHint(QStringLiteral("起始位不超过序号长度；序号长度为0时不使用起始位"));
+    }
 }
 
 void MainWindow::onChangeNameNoSerial(int serial)
@@ -125,18 +131,28 @@ void MainWindow::onChangeNameNoSerial(int serial)
     if (next.grew) {
         runLog("[func:%s]serial start %s has more digits than chosen", __func__,
             qUtf8Printable(next.text));
+        // the digit count first: a longer text would be cut to it
+        ui->nameNoLenSpinBox->setValue(next.digits);
+        showNameHint(QStringLiteral("序号已进位，序号长度改为%1").arg(next.digits));
     }
     if (next.exhausted) {
         runLog("[func:%s]serial numbers are used up after %s", __func__,
             qUtf8Printable(m_job.serialText));
+        ui->sameNameAddNoRadio->setChecked(true); // the next job must not replace this one's files
         QMetaObject::invokeMethod(
             this,
             [this] {
                 dynamic_state_msg_box(QStringLiteral("序号已用完"),
-                    QStringLiteral("序号已超出最大长度\n请重新设置起始位!"));
+                    QStringLiteral("序号已超出最大长度，同名文件将追加编号\n请重新设置起始位!"));
             },
             Qt::QueuedConnection);
     }
     m_job.serialText = next.text;
     ui->nameNoSerialEdit->setText(next.text);
+}
+
+/// Stays until the operator goes on with the fields of the name.
+void MainWindow::showNameHint(const QString& text)
+{
+    ui->nameHintLabel->setText(text);
 }

@@ -6,8 +6,10 @@
 #include "mainwindow/backupsetting.h"
 #include "mainwindow/main_window_ui.h"
 #include "mainwindow/mainwindow.h"
+#include "mainwindow/rules/naming_rules.h"
 
 #include <QDir>
+#include <QSignalBlocker>
 #include <QStandardPaths>
 
 #include <cstdio>
@@ -16,7 +18,18 @@ namespace {
 
 void showStored(QComboBox* list, const QVariant& value)
 {
-    list->setCurrentIndex(rules::storedIndex(value.toInt(), list->count()));
+    list->setCurrentIndex(rules::storedIndex(value.toInt(), list->count(), list->currentIndex()));
+}
+
+/// Nobody could have typed or chosen it: the field stays empty, and the run log tells.
+QString acceptable(const char* key, const QVariant& value, bool (*isValid)(const QString&))
+{
+    const QString text = value.toString();
+    if (isValid(text)) {
+        return text;
+    }
+    runLog("[func:%s]%s of the settings file is not usable and is left out", "readSetting", key);
+    return {};
 }
 
 /// One of two buttons that exclude one another.
@@ -87,7 +100,10 @@ void MainWindow::followLoadedSettings()
     if (ui->LogFilePathEdit->text().isEmpty()) {
         ui->LogFilePathEdit->setText(QString::fromLocal8Bit(IOFLog.destination()));
     }
-    setFilterColor();
+    // a file may hold what no clicking leads to
+    EnableLogicMethod();
+    applyControls(rules::kColorModeControls);
+    ColorDropoutChanged();
     setBlankControls();
     limitPageChoice();
     onchangePaperType();
@@ -135,12 +151,13 @@ void MainWindow::applySetting(const rules::ReadStep& step, const QVariant& value
 void MainWindow::applyFileSetting(const rules::ReadStep& step, const QVariant& value)
 {
     using rules::Setting;
+    const char* const key = rules::settingRow(step.id).readKey;
     switch (step.id) {
     case Setting::kFileType:
         showStored(ui->comboBox_doc, value);
         break;
     case Setting::kFileSavePath:
-        ui->filePathEdit->setText(value.toString());
+        ui->filePathEdit->setText(acceptable(key, value, rules::isOutputFolder));
         break;
     case Setting::kIsMultiPage:
         choose(ui->multipage_radio, ui->singlepage_radio, value.toInt() == 1);
@@ -158,11 +175,12 @@ void MainWindow::applyFileSetting(const rules::ReadStep& step, const QVariant& v
         choose(ui->sameNameCoverRadio, ui->sameNameAddNoRadio, value.toBool());
         break;
     case Setting::kFileNameHead:
-        ui->fileNamePreEdit->setText(value.toString());
+        ui->fileNamePreEdit->setText(acceptable(key, value, rules::isPrefix));
         break;
     case Setting::kFileStartBit:
-        ui->nameNoSerialEdit->setText(value.toString());
-        if (step.again) {
+        if (!step.again) {
+            ui->nameNoSerialEdit->setText(acceptable(key, value, rules::isSerialStart));
+        } else {
             runLog("FileStartBit:%s", qUtf8Printable(value.toString()));
         }
         break;
@@ -189,6 +207,7 @@ void MainWindow::applyFileSetting(const rules::ReadStep& step, const QVariant& v
             m_serialDigits = value.toInt();
         } else {
             ui->nameNoLenSpinBox->setValue(value.toInt());
+            onSetSpinBoxValue(ui->nameNoLenSpinBox->value()); // for a value that was there before
         }
         break;
     case Setting::kSendStartBit:
@@ -204,7 +223,8 @@ void MainWindow::applyImageSetting(const rules::ReadStep& step, const QVariant& 
     using rules::Setting;
     switch (step.id) {
     case Setting::kScanSource:
-        selectSource(rules::storedIndex(value.toInt(), ui->scanSourceComBo->count()));
+        selectSource(rules::storedIndex(
+            value.toInt(), ui->scanSourceComBo->count(), ui->scanSourceComBo->currentIndex()));
         break;
     case Setting::kScanColorMode:
         showStored(ui->colorModeComBo, value);
@@ -262,17 +282,30 @@ void MainWindow::applyImageSetting(const rules::ReadStep& step, const QVariant& 
         ui->gammaSlider->setValue(value.toInt());
         break;
     case Setting::kGamma:
-        ui->gammaSpinBox->setValue(value.toDouble());
+        showStoredGamma(value.toDouble());
         break;
     case Setting::kBlankCheck:
         ui->checkBox_blank->setChecked(value.toBool());
         break;
     case Setting::kBlankNum:
         ui->BlankSlider->setValue(value.toInt());
-        ui->label_Blank->setText(QString::number(value.toInt()));
+        ui->label_Blank->setNum(ui->BlankSlider->value());
         break;
     default:
         break;
+    }
+}
+
+/// The slider holds the stored position. It follows the spin box, unless a document type had left
+/// it at its truncated value, which comes back as it was.
+void MainWindow::showStoredGamma(double gamma)
+{
+    const int stored = ui->gammaSlider->value();
+    ui->gammaSpinBox->setValue(gamma);
+    const int truncated = rules::truncatedSlider(ui->gammaSpinBox->value());
+    if (stored == qMax(truncated, ui->gammaSlider->minimum())) {
+        const QSignalBlocker blocked(ui->gammaSlider);
+        ui->gammaSlider->setValue(stored);
     }
 }
 

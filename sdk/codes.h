@@ -57,6 +57,9 @@ enum class ColorMode : int
 inline constexpr std::array<std::string_view, 4> kColorModeTexts { "彩色", "灰度", "黑白",
     "多流输出" };
 
+/// What stands at the end of the names of the files that a side gives in kMultiStream, in order.
+inline constexpr std::array<std::string_view, 3> kStreamTags { "color", "gray", "bw" };
+
 /// ImageParam::nRotateAngle, the item order of the rotation list
 enum class RotateAngle : int
 {

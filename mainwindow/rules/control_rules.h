@@ -1,13 +1,13 @@
 // Which control is enabled, checked or reset by which: automatic levels, colour mode, text
 // orientation, dropout, blank pages, denoise, pages a file.
 //
-// A rule gives steps; the slot applies them in their order. The order matters, because changing a
-// control fires the slots wired to it in the middle of a rule. controlView() is the picture that
-// the rules lead to, whatever the order of the operator's clicks.
+// One table says for every state of the page what a control may do; the slots of the window apply
+// the rows of their group. What depends on the order of the clicks (the two flags) is beside it.
 #pragma once
 
 #include <QString>
 
+#include <initializer_list>
 #include <vector>
 
 namespace rules {
@@ -15,12 +15,12 @@ namespace rules {
 /// A control, or a group that is always switched together.
 enum class Control
 {
+    kAutoLevel, ///< autopLevelchkBox
     kBrightness, ///< lightSlider, lightSpinBox
     kContrast, ///< contraSlider, constraSpinBox
     kGamma, ///< gammaSlider, gammaSpinBox
     kThreshold, ///< threholdSlider, threholdSpinBox
     kToneDefaults, ///< argSetDefaultBtn
-    kAutoLevel, ///< autopLevelchkBox
     kRotation, ///< rotAngleComBox
     kTextMode, ///< autoRotateModComBox
     kDropout, ///< ColorDropoutComBox
@@ -34,6 +34,7 @@ enum class Control
 
 enum class Change
 {
+    kNothing,
     kEnable, ///< setEnabled(value != 0)
     kCheck, ///< setChecked(value != 0)
     kIndex, ///< setCurrentIndex(value)
@@ -45,94 +46,74 @@ struct ControlStep
     Change change;
     int value;
 };
+/// Apply in their order: changing a control fires the slots wired to it before the next step.
 using ControlSteps = std::vector<ControlStep>;
 
-/// Values of the auto-level flag; 0 until it is first set.
-inline constexpr int kAutoLevelOn = 1;
-inline constexpr int kAutoLevelOff = -1;
-
-// --- automatic levels
-
-/// AutoLevelDisableLogic: the four pairs and the restore button are disabled.
-[[nodiscard]] ControlSteps autoLevelDisableLogic();
-/// EnableLogicMethod. In 黑白 it unchecks the automatic-levels box, whose slot runs before the next
-/// step.
-[[nodiscard]] ControlSteps enableLogicMethod(bool autoLevelChecked, const QString& colorMode);
-/// AutoLevelEnable, slot of the box: apply the steps, then take the flag.
-struct AutoLevelRule
-{
-    ControlSteps steps;
-    bool logDisabled = false; ///< before the steps: "info:AutoLevelDisable"
-    int flag = 0;
-};
-[[nodiscard]] AutoLevelRule autoLevelEnable(bool autoLevelChecked, const QString& colorMode);
-
-// --- colour mode
-
-/// onchangeColorMode: log, apply `before`, multiply the flag by -1 when asked, then call
-/// EnableLogicMethod (its state is known only after `before`), then apply `after`.
-struct ColorModeRule
-{
-    bool intoBlackWhite = false; ///< selects the log line
-    ControlSteps before;
-    bool negateFlag = false; ///< after `before`, whose unchecking has set the flag to -1
-    ControlSteps after; ///< dropout and denoise availability
-};
-[[nodiscard]] ColorModeRule colorModeChanged(
-    const QString& colorMode, bool autoLevelChecked, int autoLevelFlag);
-/// setFilterColor: a dropout colour can be chosen in 黑白 and 灰度 only; otherwise 无操作,
-/// disabled.
-[[nodiscard]] ControlSteps filterColor(const QString& colorMode);
-/// Disabled at 不去噪 where the colour mode holds 黑白.
-[[nodiscard]] ControlSteps denoiseAvailability(const QString& colorMode);
-
-// --- the other rules
-
-/// RotAngleDisable, slot of the text-orientation box; take the flag after the steps.
-struct RotationRule
-{
-    ControlSteps steps;
-    int flag = 0; ///< auto-rotate flag
-};
-[[nodiscard]] RotationRule rotAngleDisable(bool textOrientationChecked);
-/// ColorDropoutChanged: 无操作 unchecks and disables the reinforcement, any other text enables it.
-[[nodiscard]] ControlSteps colorDropoutChanged(const QString& dropout);
-/// The blank-page box: slider and label follow it; the box itself is always usable.
-[[nodiscard]] ControlSteps blankChanged(bool removeBlankChecked);
-/// A type that holds one page forces single-page and disables the choice; the others give it back.
-/// Apply on a change of the file type and once after the settings have been read; the page buttons'
-/// own slot does not force anything, since the settings restore them before the file type.
-[[nodiscard]] ControlSteps pagesOfFileType(const QString& fileType);
-/// onchangePaperType: 自动 finds the sheet by cropping, which is checked and cannot be switched
-/// off.
-[[nodiscard]] ControlSteps paperTypeChanged(const QString& paper);
-
-// --- the picture
-
-/// What the operator has chosen.
+/// What the page shows, as far as other controls depend on it.
 struct ControlState
 {
     QString colorMode;
-    bool autoLevel = false; ///< asked for; 黑白 overrides it
+    bool autoLevel = false;
     bool textOrientation = false;
     QString dropout;
     bool removeBlank = false;
     QString fileType;
     QString paper;
 };
-/// Enabled controls, and the check boxes that the rules decide.
-struct ControlView
+
+struct ControlRow
 {
-    bool brightness = false, contrast = false, gamma = false, threshold = false;
-    bool toneDefaults = false;
-    bool autoLevel = false, autoLevelChecked = false;
-    bool rotation = false, textMode = false;
-    bool dropout = false, reinforcedDropout = false;
-    bool denoise = false;
-    bool blankThreshold = false;
-    bool multiPage = false;
-    bool autoCrop = false;
+    Control control;
+    bool (*enabled)(const ControlState&);
+    /// What holds while the control is disabled: nothing that cannot be switched off stays on.
+    ControlStep whileDisabled;
 };
-[[nodiscard]] ControlView controlView(const ControlState& state);
+
+/// The table: one row for every control but kSinglePage, which is always enabled.
+[[nodiscard]] const std::vector<ControlRow>& controlTable();
+using Controls = std::initializer_list<Control>;
+/// The rows of these controls, in the table's order, for a page in this state.
+[[nodiscard]] ControlSteps controlSteps(const ControlState& state, Controls controls);
+
+// --- groups of the slots
+
+/// EnableLogicMethod
+inline constexpr Controls kToneControls { Control::kAutoLevel, Control::kBrightness,
+    Control::kContrast, Control::kGamma, Control::kThreshold, Control::kToneDefaults };
+/// RotAngleDisable
+inline constexpr Controls kRotationControls { Control::kRotation, Control::kTextMode };
+/// setFilterColor: a dropout colour can be chosen in 黑白 and 灰度 only.
+inline constexpr Controls kDropoutControls { Control::kDropout };
+/// ColorDropoutChanged
+inline constexpr Controls kReinforcedControls { Control::kReinforcedDropout };
+/// onchangeColorMode, behind the levels
+inline constexpr Controls kColorModeControls { Control::kDropout, Control::kDenoise };
+/// The blank-page box, which itself is always usable.
+inline constexpr Controls kBlankControls { Control::kBlankThreshold };
+/// A type that holds one page forces single-page. The settings restore the two buttons before the
+/// file type, so that this is applied once more after them.
+inline constexpr Controls kPageControls { Control::kMultiPage };
+/// onchangePaperType: 自动 finds the sheet by cropping.
+inline constexpr Controls kPaperControls { Control::kAutoCrop };
+
+// --- flags
+
+/// Values of the auto-level flag; 0 until it is first set.
+inline constexpr int kAutoLevelOn = 1;
+inline constexpr int kAutoLevelOff = -1;
+
+/// AutoLevelDisableLogic: the four pairs and the restore button are disabled.
+[[nodiscard]] ControlSteps autoLevelDisableLogic();
+
+/// onchangeColorMode: log, apply `before`, multiply the flag by -1 when asked, then apply
+/// kToneControls (their state is known only after `before`) and kColorModeControls.
+struct ColorModeRule
+{
+    bool intoBlackWhite = false; ///< selects the log line
+    ControlSteps before;
+    bool negateFlag = false; ///< after `before`, whose unchecking has set the flag to -1
+};
+[[nodiscard]] ColorModeRule colorModeChanged(
+    const QString& colorMode, bool autoLevelChecked, int autoLevelFlag);
 
 } // namespace rules

@@ -47,7 +47,9 @@ FileParamFault fillNames(const FileControls& controls, FileParam* param)
     if (param->bTimeNamed == 1) {
         param->nTimeNamedType = timeNameTypeCode(controls.dateOrder);
     } else if (!copyNamePart(
-                   paddedSerial(controls.serialStart, controls.serialDigits), param->szIndex)) {
+                   // without a digit count nothing is sent, whatever a template left in the field
+                   defStartBit(controls.serialStart, controls.serialDigits), param->szIndex)) {
+
         return FileParamFault::kSerialRefused;
     }
     return FileParamFault::kNone;
@@ -95,6 +97,14 @@ FileParamFault setFolder(const QString& folder, FileParam* param)
 {
     return copyText(folder.toUtf8(), param->szFilePath) ? FileParamFault::kNone
                                                         : FileParamFault::kFolderTooLong;
+}
+
+bool isOutputFolder(const QString& folder)
+{
+    FileParam probe {};
+    return folder.isEmpty()
+        || (folder.startsWith(QLatin1Char('/'))
+            && setFolder(folder, &probe) == FileParamFault::kNone);
 }
 
 Notice faultNotice(FileParamFault fault)

@@ -56,6 +56,9 @@ struct Notice
 /// Copies the output folder into the record; kFolderTooLong leaves it as it was.
 [[nodiscard]] FileParamFault setFolder(const QString& folder, FileParam* param);
 
+/// A folder that a dialog could have given: absolute and short enough. An empty text passes too.
+[[nodiscard]] bool isOutputFolder(const QString& folder);
+
 /// What to tell the operator about a text that does not fit; empty for kNone.
 [[nodiscard]] Notice faultNotice(FileParamFault fault);
 

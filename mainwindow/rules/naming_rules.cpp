@@ -4,7 +4,7 @@
 #include "sdk/codes.h"
 
 #include <QByteArray>
-#include <QLocale>
+#include <QRegularExpression>
 
 #include <cmath>
 #include <limits>
@@ -39,6 +39,20 @@ QString literal(const QString& text)
 }
 
 } // namespace
+
+bool isPrefix(const QString& text)
+{
+    static const QRegularExpression pattern(
+        QRegularExpression::anchoredPattern(QLatin1String(kPrefixPattern)));
+    return text.size() <= kPrefixMaxLength && pattern.match(text).hasMatch();
+}
+
+bool isSerialStart(const QString& text)
+{
+    static const QRegularExpression pattern(
+        QRegularExpression::anchoredPattern(QLatin1String(kSerialPattern)));
+    return text.isEmpty() || (text.size() <= kSerialMaxLength && pattern.match(text).hasMatch());
+}
 
 QString separatorValue(const QString& separatorText)
 {
@@ -110,15 +124,17 @@ QString serialAt(const QString& paddedStart, qint64 n)
 SerialAdvance advanceSerial(const QString& startText, int digits, int savedFiles)
 {
     SerialAdvance advance;
+    advance.digits = digits;
     if (savedFiles <= 0 || digits == 0) {
         advance.text = startText;
         return advance;
     }
     const QString start = paddedSerial(startText, digits);
     const QString next = serialAt(start, savedFiles);
-    advance.grew = next.size() > start.size();
     advance.exhausted = next.size() > kSerialMaxLength;
     advance.text = advance.exhausted ? startText : next;
+    advance.grew = !advance.exhausted && next.size() > digits;
+    advance.digits = advance.grew ? static_cast<int>(next.size()) : digits;
     return advance;
 }
 
@@ -154,6 +170,22 @@ QString extensionOf(const QString& fileTypeText)
     return {};
 }
 
+namespace {
+
+/// Each side gives a file for every stream.
+QString streamTail(const NamingControls& controls)
+{
+    if (!controls.severalStreams) {
+        return {};
+    }
+    const QString separator = separatorValue(controls.separator);
+    const std::string_view tag = orva::kStreamTags.front();
+    return (separator.isEmpty() ? QStringLiteral("_") : separator)
+        + QLatin1String(tag.data(), static_cast<int>(tag.size()));
+}
+
+} // namespace
+
 QString exampleName(const NamingControls& controls, const QDateTime& now)
 {
     const QString head = controls.prefix.isEmpty()
@@ -162,7 +194,7 @@ QString exampleName(const NamingControls& controls, const QDateTime& now)
     const QString number = controls.byTime
         ? timeStamp(now, controls.separator, controls.dateOrder)
         : serialAt(defStartBit(controls.serialStart, controls.serialDigits), 0);
-    return head + number + QLatin1Char('.') + extensionOf(controls.fileType);
+    return head + number + streamTail(controls) + QLatin1Char('.') + extensionOf(controls.fileType);
 }
 
 } // namespace rules

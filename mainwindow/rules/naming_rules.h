@@ -1,19 +1,19 @@
 // How output files are named: the parts of a name, the example of the settings page, the serial
 // number fields. The scanner library names the files by the same rule in its own code:
 //
-//   name      = prefix [+ separator, when the prefix is not empty] + (stamp | serial) + "." +
-//   extension stamp     = local date and time of the file in one of nine forms (timeStampFormat)
-//   serial    = the start text padded with "0" on the left to the digit count, then counted up by
-//   one
-//               a file: the trailing digits count and keep their width, letters in front stay
-//               (A12, A13; 007, 008), an overflow grows by one digit (999, 1000); a start without
-//               trailing digits stands as it is for the first file and gets 1, 2, 3 ... behind it;
-//               an empty start counts 1, 2, 3 ... and passes over names that are taken in the
-//               folder
-//   same name = "add a number": a name that is taken in the folder gets "_2", "_3" ... in front of
-//   the
-//               extension. "Overwrite" replaces files of earlier jobs. Within one job no name is
-//               given twice in either mode: a stamp moves on to the next millisecond
+//   name   prefix [+ separator, when the prefix is not empty] + (stamp | serial)
+//          [+ (separator | "_") + stream, in 多流输出] + "." + extension
+//   stamp  local date and time of the file in one of nine forms (timeStampFormat)
+//   serial the start text padded with "0" on the left to the digit count, then counted up by one a
+//          file: the trailing digits count and keep their width, letters in front stay (A12, A13;
+//          007, 008), an overflow grows by one digit (999, 1000); a start without trailing digits
+//          stands as it is for the first file and gets 1, 2, 3 ... behind it; an empty start (digit
+//          count 0) counts 1, 2, 3 ... and passes over names that are taken in the folder
+//   stream color, gray, bw: one file each, the first one is the example
+//
+// "Add a number": a name that is taken in the folder gets "_2", "_3" ... in front of the extension.
+// "Overwrite" replaces files of earlier jobs. Within one job no name is given twice in either mode:
+// a stamp moves on to the next millisecond.
 //
 // Plain functions, any thread.
 #pragma once
@@ -26,9 +26,12 @@ namespace rules {
 /// Longest texts that the file record holds, in characters (letters and digits).
 inline constexpr int kPrefixMaxLength = 19;
 inline constexpr int kSerialMaxLength = 10;
-/// Patterns of the two validators.
-inline constexpr char kPrefixPattern[] = "[a-zA-Z0-9]{0,19}";
+/// Patterns of the two validators; the fields hold no more than the lengths above.
+inline constexpr char kPrefixPattern[] = "[a-zA-Z0-9]*";
 inline constexpr char kSerialPattern[] = "[a-zA-Z0-9]+$";
+/// What the two fields would let an operator type; an empty text passes too.
+[[nodiscard]] bool isPrefix(const QString& text);
+[[nodiscard]] bool isSerialStart(const QString& text);
 /// Items of the separator list and of the date order list, in the order shown.
 inline constexpr const char* kSeparatorTexts[] = { "无", "-", "_" };
 inline constexpr const char* kDateOrderTexts[] = { "年月日", "日月年", "月日年" };
@@ -54,9 +57,11 @@ inline constexpr const char* kDateOrderTexts[] = { "年月日", "日月年", "�
 struct SerialAdvance
 {
     QString text; ///< padded; unchanged when nothing was saved or the digit count is 0
-    bool grew = false; ///< longer than the digit count now: tell the run log
-    bool exhausted =
-        false; ///< longer than kSerialMaxLength: the text is unchanged, tell the operator
+    int digits = 0; ///< digit count to show; grown with the text, or the next start would be cut
+    bool grew = false; ///< the digit count has grown: tell the operator and the run log
+    /// Longer than kSerialMaxLength: the text is unchanged, so that names come again. Tell the
+    /// operator, and let same names get a number.
+    bool exhausted = false;
 };
 /// The next free number after a job that started at this text and saved that many files. Call it
 /// for every job named by serial number, failed ones too: their files exist.
@@ -89,6 +94,7 @@ struct NamingControls
     QString serialStart; ///< text of the field
     int serialDigits = 0;
     QString fileType; ///< text of the list
+    bool severalStreams = false; ///< 多流输出
 };
 /// The name that the first file of a job started at `now` would get in an empty folder.
 [[nodiscard]] QString exampleName(const NamingControls& controls, const QDateTime& now);

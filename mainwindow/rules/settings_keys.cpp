@@ -209,12 +209,14 @@ const std::vector<Setting>& writeOrder()
     return order;
 }
 
-int storedIndex(int stored, int itemCount)
+int storedIndex(int stored, int itemCount, int shown)
 {
-    if (itemCount <= 0) {
-        return -1;
+    for (const int index : { stored, shown, 0 }) {
+        if (index >= 0 && index < itemCount) {
+            return index;
+        }
     }
-    return stored >= 0 && stored < itemCount ? stored : 0;
+    return -1;
 }
 
 namespace {

@@ -119,8 +119,9 @@ struct ReadStep
 /// Every setting once.
 [[nodiscard]] const std::vector<Setting>& writeOrder();
 
-/// A stored index for a list of that many items: itself when the list has it, else 0, else -1.
-[[nodiscard]] int storedIndex(int stored, int itemCount);
+/// A stored index for a list of that many items: itself when the list has it, else what the list
+/// shows (the device's or the form's own choice), else 0, else -1.
+[[nodiscard]] int storedIndex(int stored, int itemCount, int shown);
 
 /// Per-device file: root + user + "/" + device + "/" + device + suffix (".ini" settings, ".conf"
 /// templates). A "/" in the device name becomes "_". The root ends in a slash.

@@ -17,9 +17,14 @@ ToneValues toneOfRow(const stFileTypeParam& row)
     tone.contrast = row.nDefContrast;
     tone.threshold = row.nDefThreshold;
     tone.gamma = row.nDefGamma10 / 10.0;
-    // KEPT: the quotient itself, truncated; 11 leaves the slider at 1 while the spin box shows 1.1.
-    tone.gammaSlider = static_cast<int>(static_cast<float>(tone.gamma));
+    tone.gammaSlider = truncatedSlider(tone.gamma);
     return tone;
+}
+
+int truncatedSlider(double gamma)
+{
+    // KEPT: the quotient itself, truncated; 11 leaves the slider at 1 while the spin box shows 1.1.
+    return static_cast<int>(static_cast<float>(gamma));
 }
 
 const stFileTypeParam* toneRow(

@@ -24,6 +24,9 @@ struct ToneValues
 /// slider 1.
 [[nodiscard]] ToneValues toneOfRow(const stFileTypeParam& row);
 
+/// Where a document type puts the slider: the gamma itself without its decimals.
+[[nodiscard]] int truncatedSlider(double gamma);
+
 /// The row of a document type; nullptr when the call failed (result not 0) or there is no such row.
 [[nodiscard]] const stFileTypeParam* toneRow(
     int callResult, const std::vector<stFileTypeParam>& rows, int docTypeIndex);

@@ -11,9 +11,9 @@ namespace orva {
 using PageGroup = std::vector<Page>;
 
 /// Page::stream of the three files that a side gives with several streams.
-inline constexpr const char* kColorStream = "color";
-inline constexpr const char* kGrayStream = "gray";
-inline constexpr const char* kBlackWhiteStream = "bw";
+inline constexpr std::string_view kColorStream = kStreamTags[0];
+inline constexpr std::string_view kGrayStream = kStreamTags[1];
+inline constexpr std::string_view kBlackWhiteStream = kStreamTags[2];
 
 /// true when the settings need both sides of a sheet in one group.
 bool needsWholeSheet(const ImageSettings& settings);

@@ -1,5 +1,6 @@
 // Wiring of the controls: each one's change has its effect, and rules hold whatever the order of
 // clicks.
+#include "mainwindow/rules/naming_rules.h"
 #include "tests/mainwindow/window_fixture.h"
 #include "tests/support/answer_modal.h"
 
@@ -58,53 +59,51 @@ TEST_F(Controls, DocumentTypeBringsItsDefaultsAndTruncatesGamma)
     EXPECT_EQ(control<QSpinBox>("lightSpinBox")->value(), 1);
 }
 
-TEST_F(Controls, BlackAndWhiteTurnsAutomaticLevelsOffAndGivesThemBack)
+TEST_F(Controls, BlackAndWhiteRemembersWhetherTheLevelsWereAutomatic)
 {
-    check("autopLevelchkBox", true);
-    EXPECT_FALSE(enabled("lightSlider"));
-    select("colorModeComBo", "黑白");
-    EXPECT_FALSE(checked("autopLevelchkBox"));
-    EXPECT_FALSE(enabled("autopLevelchkBox"));
-    EXPECT_TRUE(enabled("threholdSlider"));
-    EXPECT_FALSE(enabled("lightSlider"));
-    EXPECT_FALSE(enabled("DenoiseComBo"));
-    select("colorModeComBo", "彩色");
-    EXPECT_TRUE(checked("autopLevelchkBox"));
-    EXPECT_TRUE(enabled("autopLevelchkBox"));
-    EXPECT_FALSE(enabled("threholdSlider"));
-    check("autopLevelchkBox", false);
-    EXPECT_TRUE(enabled("gammaSpinBox"));
-    EXPECT_FALSE(enabled("threholdSpinBox"));
-    select("colorModeComBo", "黑白");
-    select("colorModeComBo", "灰度");
-    EXPECT_FALSE(checked("autopLevelchkBox")) << "was off before";
-    EXPECT_TRUE(enabled("lightSlider"));
+    for (const bool automatic : { true, false }) {
+        check("autopLevelchkBox", automatic);
+        select("colorModeComBo", "黑白");
+        EXPECT_FALSE(checked("autopLevelchkBox"));
+        select("colorModeComBo", "彩色");
+        EXPECT_EQ(checked("autopLevelchkBox"), automatic);
+        select("colorModeComBo", "灰度");
+        EXPECT_EQ(checked("autopLevelchkBox"), automatic) << "between two other modes";
+    }
+    EXPECT_TRUE(logHas("[fun:onchangeColorMode]更改为黑白模式"));
+    EXPECT_TRUE(logHas("[fun:onchangeColorMode]---更改为非黑白模式"));
 }
 
-TEST_F(Controls, RotationDropoutAndPagesFollowTheirControls)
+TEST_F(Controls, AColourAfterNoDropoutDoesNotCheckTheReinforcementAgain)
 {
-    select("rotAngleComBox", "左旋90度");
-    check("autoRotatChkBox", true);
-    EXPECT_EQ(text("rotAngleComBox"), QStringLiteral("不旋转"));
-    EXPECT_FALSE(enabled("rotAngleComBox"));
-    EXPECT_TRUE(enabled("autoRotateModComBox"));
-    check("autoRotatChkBox", false);
-    EXPECT_TRUE(enabled("rotAngleComBox"));
-
     select("colorModeComBo", "灰度");
     select("ColorDropoutComBox", "红色");
-    EXPECT_TRUE(enabled("ColorDropoutchkBox"));
-    check("ColorDropoutchkBox", true);
+    click("ColorDropoutchkBox");
+    select("ColorDropoutComBox", "绿色");
+    EXPECT_TRUE(checked("ColorDropoutchkBox")) << "another colour keeps it";
     select("ColorDropoutComBox", "无操作");
+    select("ColorDropoutComBox", "绿色");
     EXPECT_FALSE(checked("ColorDropoutchkBox"));
-    EXPECT_FALSE(enabled("ColorDropoutchkBox"));
+}
 
-    select("fileTypeCombo", "pdf");
-    EXPECT_TRUE(enabled("multipage_radio"));
-    check("multipage_radio", true);
-    select("fileTypeCombo", "png");
-    EXPECT_TRUE(checked("singlepage_radio"));
-    EXPECT_FALSE(enabled("multipage_radio"));
+TEST_F(Controls, ASourceBringsItsOwnListsAndKeepsWhatBothHave)
+{
+    fake.script("papers|clear\npaper|A4|0|0|210|297\npaper|A5|0|0|148|210\n"
+                "paper@0|A3|0|0|297|420\npaper@0|A4|0|0|210|297\n"
+                "resolutions|clear\nresolution|200|200|200\nresolution|300|300|300\n"
+                "resolution@0|1200|1200|1200\nresolution@0|300|300|300\n");
+    select("scanSourceComBo", "ADF双面");
+    select("paperTypeComBo", "A5");
+    select("DPIComBo", "300");
+    select("MergeComBo", "左右合并");
+    select("scanSourceComBo", "平板");
+    EXPECT_EQ(text("paperTypeComBo"), QStringLiteral("A4")) << "the flatbed has no A5";
+    EXPECT_EQ(text("DPIComBo"), QStringLiteral("300"));
+    EXPECT_EQ(text("MergeComBo"), QStringLiteral("无操作")) << "one side cannot be merged";
+    select("DPIComBo", "1200");
+    select("scanSourceComBo", "ADF单面");
+    EXPECT_EQ(text("DPIComBo"), QStringLiteral("200"));
+    EXPECT_EQ(fake.callsOf("SetScanSource").back().arguments.front(), "1");
 }
 
 TEST_F(Controls, RestoreButtonsPutTheirPartBack)
@@ -175,6 +174,43 @@ TEST_F(Controls, DigitCountCutsAndClearsTheSerialStart)
     QTest::keyClicks(
         control<QLineEdit>("fileNamePreEdit"), QStringLiteral("a/b c1234567890123456789012345"));
     EXPECT_EQ(control<QLineEdit>("fileNamePreEdit")->text(), QStringLiteral("abc1234567890123456"));
+}
+
+TEST_F(Controls, WhatANameCannotHoldIsRefusedInSight)
+{
+    struct Paste
+    {
+        const char* field;
+        QString text;
+        QString taken;
+    };
+    const Paste pastes[] = {
+        { "fileNamePreEdit", "Scan 2024", "ok" },
+        { "fileNamePreEdit", "发票", "ok" },
+        { "fileNamePreEdit", "\U0001F600", "ok" },
+        { "fileNamePreEdit", "../etc/passwd", "ok" },
+        { "fileNamePreEdit", QString(10000, 'a'), "ok" + QString(17, 'a') },
+        { "nameNoSerialEdit", "1 2", "7" },
+        { "nameNoSerialEdit", "１２", "7" },
+        { "nameNoSerialEdit", "-1", "7" },
+        { "nameNoSerialEdit", QString(10000, '1'), "7" },
+        { "nameNoSerialEdit", "123", "7" },
+    };
+    click("serialNameRadio");
+    control<QSpinBox>("nameNoLenSpinBox")->setValue(2);
+    for (const Paste& paste : pastes) {
+        auto* field = control<QLineEdit>(paste.field);
+        control<QLineEdit>("fileNamePreEdit")->setText(QStringLiteral("ok"));
+        control<QLineEdit>("nameNoSerialEdit")->setText(QStringLiteral("7"));
+        control<QLabel>("nameHintLabel")->clear();
+        field->insert(paste.text); // as pasting does
+        EXPECT_EQ(field->text(), paste.taken) << paste.text.left(20).toStdString();
+        EXPECT_FALSE(control<QLabel>("nameHintLabel")->text().isEmpty())
+            << paste.text.left(20).toStdString();
+        EXPECT_EQ(example(),
+            control<QLineEdit>("fileNamePreEdit")->text()
+                + rules::paddedSerial(control<QLineEdit>("nameNoSerialEdit")->text(), 2) + ".jpg");
+    }
 }
 
 TEST_F(Controls, FolderDialogTakesAFolderAndRefusesOneThatIsTooLong)

@@ -62,96 +62,49 @@ TEST_F(Settings, FirstUseShowsTheFactorySet)
     EXPECT_EQ(stored.value("appValue/ScanDeviceName").toString(), QStringLiteral("Orvascan A300"));
 }
 
-TEST_F(Settings, ComeBackAfterARestart)
-{
-    choose();
-    select("comboBox_doc", "图片");
-    select("scanSourceComBo", "ADF双面");
-    select("colorModeComBo", "灰度");
-    select("paperTypeComBo", "A5");
-    select("DPIComBo", "300");
-    select("MergeComBo", "左右合并");
-    select("DenoiseComBo", "普通");
-    select("rotAngleComBox", "右旋90度");
-    select("fileTypeCombo", "tif");
-    select("imageCompressCombo", "平衡选择(50%)");
-    select("seperateCombo", "-");
-    check("multipage_radio", true);
-    check("serialNameRadio", true);
-    check("sameNameAddNoRadio", true);
-    check("autoBColorChkBox", true);
-    check("autoCropChkBox", false);
-    check("MultiFeedChkBox", true);
-    check("checkBox_blank", true);
-    check("autopLevelchkBox", false);
-    control<QSpinBox>("nameNoLenSpinBox")->setValue(4);
-    control<QLineEdit>("nameNoSerialEdit")->setText(QStringLiteral("0042"));
-    control<QLineEdit>("fileNamePreEdit")->setText(QStringLiteral("Ab9"));
-    control<QSpinBox>("lightSpinBox")->setValue(-30);
-    control<QSpinBox>("constraSpinBox")->setValue(60);
-    control<QDoubleSpinBox>("gammaSpinBox")->setValue(2.4);
-    control<QSlider>("BlankSlider")->setValue(20);
-    restart();
-    EXPECT_EQ(text("comboBox_doc"), QStringLiteral("图片"));
-    EXPECT_EQ(text("scanSourceComBo"), QStringLiteral("ADF双面"));
-    EXPECT_EQ(text("colorModeComBo"), QStringLiteral("灰度"));
-    EXPECT_EQ(text("paperTypeComBo"), QStringLiteral("A5"));
-    EXPECT_EQ(text("DPIComBo"), QStringLiteral("300"));
-    EXPECT_EQ(text("MergeComBo"), QStringLiteral("左右合并"));
-    EXPECT_EQ(text("DenoiseComBo"), QStringLiteral("普通"));
-    EXPECT_EQ(text("rotAngleComBox"), QStringLiteral("右旋90度"));
-    EXPECT_EQ(text("fileTypeCombo"), QStringLiteral("tif"));
-    EXPECT_EQ(text("imageCompressCombo"), QStringLiteral("平衡选择(50%)"));
-    EXPECT_EQ(text("seperateCombo"), QStringLiteral("-"));
-    EXPECT_TRUE(checked("multipage_radio"));
-    EXPECT_TRUE(checked("serialNameRadio"));
-    EXPECT_TRUE(checked("sameNameAddNoRadio"));
-    EXPECT_TRUE(checked("autoBColorChkBox"));
-    EXPECT_FALSE(checked("autoCropChkBox"));
-    EXPECT_TRUE(checked("MultiFeedChkBox"));
-    EXPECT_TRUE(checked("checkBox_blank"));
-    EXPECT_TRUE(control<QWidget>("BlankSlider")->isEnabled());
-    EXPECT_FALSE(checked("autopLevelchkBox"));
-    EXPECT_TRUE(control<QWidget>("lightSlider")->isEnabled());
-    EXPECT_EQ(value("nameNoLenSpinBox"), 4);
-    EXPECT_EQ(control<QLineEdit>("nameNoSerialEdit")->text(), QStringLiteral("0042"));
-    EXPECT_EQ(control<QLineEdit>("fileNamePreEdit")->text(), QStringLiteral("Ab9"));
-    EXPECT_EQ(control<QLineEdit>("filePathEdit")->text().toStdString(), outputFolder());
-    EXPECT_EQ(value("lightSpinBox"), -30);
-    EXPECT_EQ(value("constraSpinBox"), 60);
-    EXPECT_DOUBLE_EQ(control<QDoubleSpinBox>("gammaSpinBox")->value(), 2.4);
-    EXPECT_EQ(control<QLabel>("label_Blank")->text(), QStringLiteral("20"));
-    EXPECT_EQ(fake.callsOf("SetScanSource").back().arguments.front(), "2");
-}
-
 TEST_F(Settings, KeepTheirOddities)
 {
     choose();
     select("timeNametypeCombo", "月日年");
     select("colorModeComBo", "黑白");
     select("ColorDropoutComBox", "红色");
+    check("autoRotatChkBox", true);
+    select("autoRotateModComBox", "全文识别");
+    fake.script("filetypes|clear\nfiletype|1|2|3|24\n");
+    click("argSetDefaultBtn");
+    ASSERT_EQ(control<QSlider>("gammaSlider")->value(), 2) << "a document type truncates it";
     restart();
     // the date order is written under another key than it is read from
     EXPECT_EQ(control<QComboBox>("timeNametypeCombo")->currentIndex(), 0);
-    EXPECT_EQ(text("colorModeComBo"), QStringLiteral("黑白"));
+    EXPECT_TRUE(control<QWidget>("timeNametypeCombo")->isEnabled()) << "files are named by time";
     EXPECT_EQ(text("ColorDropoutComBox"), QStringLiteral("无操作"));
     EXPECT_TRUE(control<QWidget>("ColorDropoutComBox")->isEnabled());
-    EXPECT_TRUE(control<QWidget>("threholdSlider")->isEnabled());
-    EXPECT_FALSE(control<QWidget>("autopLevelchkBox")->isEnabled());
+    EXPECT_TRUE(checked("autoRotatChkBox"));
+    EXPECT_EQ(text("autoRotateModComBox"), QStringLiteral("快速识别")) << "put back by its rule";
+    EXPECT_DOUBLE_EQ(control<QDoubleSpinBox>("gammaSpinBox")->value(), 2.4);
+    EXPECT_EQ(control<QSlider>("gammaSlider")->value(), 2);
 }
 
-TEST_F(Settings, OfAnotherDeviceAreNotUsed)
+TEST_F(Settings, ASerialThatOutgrowsItsDigitsKeepsThemAllAndTellsTheOperator)
 {
     choose();
-    control<QSpinBox>("lightSpinBox")->setValue(-30);
-    ASSERT_EQ(closeWindow(), 0);
-    {
-        QSettings stored(QString::fromStdString(file()), QSettings::IniFormat);
-        stored.setValue("appValue/ScanDeviceName", "Orvascan B");
-    }
-    choose();
-    EXPECT_TRUE(logHas("本次扫描设备与上次不同"));
-    EXPECT_NE(value("lightSpinBox"), -30);
+    click("serialNameRadio");
+    control<QSpinBox>("nameNoLenSpinBox")->setValue(3);
+    control<QLineEdit>("nameNoSerialEdit")->setText(QStringLiteral("999"));
+    click("scanMainBtn");
+    ASSERT_TRUE(waitIdle());
+    auto* serial = control<QLineEdit>("nameNoSerialEdit");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return serial->text() != QStringLiteral("999"); }));
+    const QString next = serial->text();
+    EXPECT_GE(next.toInt(), 1000);
+    EXPECT_EQ(value("nameNoLenSpinBox"), 4);
+    EXPECT_EQ(
+        control<QLabel>("nameHintLabel")->text(), QStringLiteral("序号已进位，序号长度改为4"));
+    EXPECT_TRUE(logHas("[func:onChangeNameNoSerial]serial start " + next.toStdString()));
+    restart();
+    EXPECT_EQ(control<QLineEdit>("nameNoSerialEdit")->text(), next) << "or 100 would come again";
+    ASSERT_EQ(window().onSetScanConfig(0), 0);
+    EXPECT_EQ(QString(fake.lastFileParam().szIndex), next);
 }
 
 TEST_F(Settings, LogOnComesBackIntoForceAtStart)

@@ -112,16 +112,6 @@ TEST_F(SettingsFile, DamagedFilesAreKeptBesideAndANewOneTakesTheirPlace)
     }
 }
 
-TEST_F(SettingsFile, AMonstrousFileIsPutAsideUnread)
-{
-    QFile f(file);
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-    ASSERT_TRUE(f.resize(backupSetting::kMaxBytes + 1)); // sparse
-    f.close();
-    const backupSetting store(file);
-    EXPECT_EQ(store.damagedCopy(), file + ".damaged-1");
-}
-
 TEST_F(SettingsFile, AFullDiskLeavesTheOldFileAndIsReported)
 {
     {

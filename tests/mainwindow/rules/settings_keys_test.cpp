@@ -77,12 +77,12 @@ TEST(SettingsKeys, ReadingFollowsTheDependenciesOfTheControls)
     EXPECT_LT(firstRead(Setting::kFileStartBit), firstRead(Setting::kSpinBoxValue));
 }
 
-TEST(SettingsKeys, AStoredIndexThatTheListDoesNotHaveFallsBack)
+TEST(SettingsKeys, AStoredIndexThatTheListDoesNotHaveLeavesTheListAlone)
 {
-    EXPECT_EQ(storedIndex(2, 3), 2);
-    EXPECT_EQ(storedIndex(3, 3), 0);
-    EXPECT_EQ(storedIndex(-1, 3), 0);
-    EXPECT_EQ(storedIndex(0, 0), -1);
+    EXPECT_EQ(storedIndex(2, 3, 1), 2);
+    EXPECT_EQ(storedIndex(3, 3, 1), 1);
+    EXPECT_EQ(storedIndex(-1, 3, -1), 0);
+    EXPECT_EQ(storedIndex(0, 0, -1), -1);
 }
 
 TEST(SettingsKeys, ADeviceNameIsOneFolderWhateverItHolds)

@@ -8,13 +8,14 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <iostream>
 
 using namespace orva;
 
 namespace {
 
 /// What the library takes from the record that the window fills for these controls.
-OutputSettings received(const rules::NamingControls& controls)
+OutputSettings received(const rules::NamingControls& controls, bool multiPage = false)
 {
     rules::FileControls file;
     file.folder = "/tmp";
@@ -26,6 +27,8 @@ OutputSettings received(const rules::NamingControls& controls)
     file.serialStart = controls.serialStart;
     file.serialDigits = controls.serialDigits;
     file.fileType = controls.fileType;
+    file.singlePage = !multiPage;
+    file.multiPage = multiPage;
     FileParam record;
     EXPECT_EQ(rules::fillFileParam(file, false, &record), rules::FileParamFault::kNone);
     std::copy_n("/tmp", 5, record.szFilePath);
@@ -33,6 +36,7 @@ OutputSettings received(const rules::NamingControls& controls)
     tools.findOutputFormat = [](FileFormat format) {
         static OutputFormat any {};
         any.format = format;
+        any.holdsPages = true;
         return &any;
     };
     OutputSettings output;
@@ -50,6 +54,15 @@ std::string extension(FileFormat format)
     return "?";
 }
 
+QStringList fileTypes()
+{
+    QStringList types { "no such type" };
+    for (const FormatName& name : kFormatNames) {
+        types << QString::fromUtf8(name.text.data(), static_cast<int>(name.text.size()));
+    }
+    return types;
+}
+
 /// Calls the check with every combination.
 template <typename Check>
 void forAllControls(Check check)
@@ -59,13 +72,12 @@ void forAllControls(Check check)
     const char* const orders[] = { "年月日", "月日年", "日月年", "?" };
     const char* const starts[] = { "", "0", "7", "12345", "999", "9999999999", "A", "A99", "5B",
         "Z009", "0000000000" };
-    const char* const types[] = { "jpg", "双层pdf", "ofd", "tif", "xls", "no such type" };
     rules::NamingControls controls;
     for (const char* prefix : prefixes) {
         controls.prefix = prefix;
         for (const char* separator : separators) {
             controls.separator = separator;
-            for (const char* type : types) {
+            for (const QString& type : fileTypes()) {
                 controls.fileType = type;
                 controls.byTime = true;
                 for (const char* order : orders) {
@@ -75,9 +87,9 @@ void forAllControls(Check check)
                 controls.byTime = false;
                 for (const char* start : starts) {
                     controls.serialStart = start;
-                    // A count of 0 empties the field; the integer validator lets no letter in, but
-                    // letters typed before the count was changed stay.
-                    for (int digits = *start == '\0' ? 0 : 1; digits <= 10; ++digits) {
+                    // Also what typing cannot bring about, but a template can: letters, and a start
+                    // beside a count of 0.
+                    for (int digits = 0; digits <= 10; ++digits) {
                         controls.serialDigits = digits;
                         check(controls);
                     }
@@ -91,21 +103,30 @@ void forAllControls(Check check)
 
 TEST(NamingAgreement, theExampleIsTheNameOfTheFirstFile)
 {
-    // A second of every month, with all widths of milliseconds.
+    // A second of every month, with all widths of milliseconds; one and several streams. Single-
+    // and multi-page jobs take the first name alike.
     int checked = 0;
-    forAllControls([&](const rules::NamingControls& controls) {
+    forAllControls([&](rules::NamingControls controls) {
         const int month = checked % 12 + 1;
         const QDateTime now(QDate(2024, month, 1 + checked % 28),
             QTime(checked % 24, checked % 60, checked % 59, checked * 7 % 1000));
         const auto clock = std::chrono::system_clock::time_point(
             std::chrono::milliseconds(now.toMSecsSinceEpoch()));
-        const OutputSettings output = received(controls);
-        NameSequence names(output.naming, 0, [clock] { return clock; });
-        EXPECT_EQ(rules::exampleName(controls, now).toStdString(),
-            names.next("") + "." + extension(output.format));
-        ++checked;
+        for (const bool severalStreams : { false, true }) {
+            controls.severalStreams = severalStreams;
+            for (const bool multiPage : { false, true }) {
+                const OutputSettings output = received(controls, multiPage);
+                EXPECT_TRUE(multiPage || !output.multiPage);
+                NameSequence names(output.naming, 0, [clock] { return clock; });
+                const std::string stream = severalStreams ? "color" : "";
+                EXPECT_EQ(rules::exampleName(controls, now).toStdString(),
+                    names.next(stream) + "." + extension(output.format));
+                ++checked;
+            }
+        }
     });
-    EXPECT_GT(checked, 10'000);
+    std::cout << checked << " combinations of the naming controls\n";
+    EXPECT_EQ(checked, 3 * 7 * 12 * (4 + 11 * 11) * 2 * 2);
 }
 
 TEST(NamingAgreement, theSerialShownAfterAJobIsTheOneThatTheLibraryWouldGiveNext)
