@@ -19,6 +19,8 @@ namespace orva {
 namespace {
 
 constexpr const char* kFolderMark = "job-";
+/// Of a folder whose journal is not locked yet: a recovery would take it for a dead job's.
+constexpr const char* kUnlockedMark = "new-";
 constexpr const char* kJournalName = "journal";
 
 std::filesystem::path fallbackRoot()
@@ -67,7 +69,7 @@ std::string folderName()
     const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(
         std::chrono::system_clock::now().time_since_epoch())
                         .count();
-    return kFolderMark + std::to_string(ms) + "-" + std::to_string(getpid()) + "-"
+    return std::to_string(ms) + "-" + std::to_string(getpid()) + "-"
         + std::to_string(counter.fetch_add(1));
 }
 
@@ -124,15 +126,22 @@ Status SpoolFolder::create(const std::filesystem::path& root)
         if (!make(place)) {
             continue;
         }
-        m_folder = place / folderName();
+        const std::string name = folderName();
+        m_folder = place / (kUnlockedMark + name);
         if (mkdir(m_folder.c_str(), 0700) != 0) {
             status = fileFailure(errno, m_folder);
             continue;
         }
-        if (lockJournal(O_CREAT | O_EXCL)) {
+        const std::filesystem::path visible = place / (kFolderMark + name);
+        if (lockJournal(O_CREAT | O_EXCL) && rename(m_folder.c_str(), visible.c_str()) == 0) {
+            m_folder = visible;
             return {};
         }
         status = fileFailure(errno, m_folder);
+        if (m_journal >= 0) {
+            close(m_journal);
+            m_journal = -1;
+        }
         unlink((m_folder / kJournalName).c_str());
         rmdir(m_folder.c_str());
     }
@@ -150,8 +159,21 @@ bool SpoolFolder::takeOver(const std::filesystem::path& folder)
         m_folder.clear();
         return false;
     }
-    // Ends a line that the dead process may have left half written.
-    return note("").ok();
+    // The job may have ended between the opening and the locking.
+    struct stat held
+    {
+    };
+    struct stat named
+    {
+    };
+    const bool gone = fstat(m_journal, &held) != 0
+        || lstat((m_folder / kJournalName).c_str(), &named) != 0 || held.st_ino != named.st_ino;
+    // Else ends a line that the dead process may have left half written.
+    if (gone || !note("").ok()) {
+        m_folder.clear();
+        return false;
+    }
+    return true;
 }
 
 Status SpoolFolder::store(const std::string& name, const std::vector<std::uint8_t>& bytes,

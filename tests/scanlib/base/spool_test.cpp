@@ -6,7 +6,9 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <csignal>
+#include <thread>
 
 using namespace orva;
 
@@ -91,6 +93,34 @@ TEST(Spool, theSharedRootTakesEveryUserAndAJobIsItsUsersAlone)
     EXPECT_FALSE(job.store("page-1", { 2 }, payload).ok()) << "what is there is not written into";
     EXPECT_EQ(contentOf(payload), "\1");
     job.remove();
+}
+
+TEST(Spool, aJobThatBeginsIsNeverTakenForADeadOne)
+{
+    const TemporaryFolder folder;
+    std::atomic<bool> done { false };
+    int taken = 0;
+    std::thread recovery([&] {
+        while (!done) {
+            for (const std::filesystem::path& each : spoolFolders(folder.path())) {
+                SpoolFolder dead;
+                if (dead.takeOver(each)) {
+                    ++taken;
+                    dead.remove();
+                }
+            }
+        }
+    });
+    for (int i = 0; i < 500; ++i) {
+        SpoolFolder job;
+        ASSERT_TRUE(job.create(folder.path()).ok());
+        std::filesystem::path payload;
+        EXPECT_TRUE(job.store("page", { 1 }, payload).ok()) << "its folder is gone";
+        job.remove();
+    }
+    done = true;
+    recovery.join();
+    EXPECT_EQ(taken, 0);
 }
 
 TEST(Spool, aFullDiskIsToldAndLeavesNoHalfPage)
