@@ -31,6 +31,7 @@ set(rules
   # the scanner library: api, session, then device, page, writers, ocr side by side, then base
   "^scanlib/base/ => ${border}|scanlib/base/.*\\.h"
   "^scanlib/device/virtual/ => ${border}|scanlib/base/.*\\.h|scanlib/device/((device|papers)\\.h|virtual/.*\\.h)"
+  "^scanlib/device/sane_host/ => ${border}|scanlib/base/.*\\.h|scanlib/device/((device|papers)\\.h|sane/(found_devices|frame_shape|host_messages|wire)\\.h|sane_host/.*\\.h)"
   "^scanlib/device/sane/ => ${border}|scanlib/base/.*\\.h|scanlib/device/((device|papers)\\.h|sane/.*\\.h)"
   "^scanlib/device/ => ${border}|scanlib/base/.*\\.h|scanlib/device/device\\.h"
   "^scanlib/page/ => ${border}|scanlib/(base|page)/.*\\.h"
@@ -41,7 +42,7 @@ set(rules
   "^scanlib/api/composition\\.cpp => ${border}|scanlib/.*\\.h"
   "^scanlib/api/ => ${border}|scanlib/(base|session|api)/.*\\.h|scanlib/device/device\\.h")
 # Qt must not be seen here at all, and only QtCore there.
-set(no_toolkit "^scanlib/(api|session|page|writers|ocr|base)/|^scanlib/device/(sane/|device\\.h)|^scanlib/device/virtual/[^/]+$|^sdk/(records|codes|result_codes)")
+set(no_toolkit "^scanlib/(api|session|page|writers|ocr|base)/|^scanlib/device/(sane/|sane_host/|device\\.h)|^scanlib/device/virtual/[^/]+$|^sdk/(records|codes|result_codes)")
 
 file(GLOB_RECURSE files RELATIVE "${TOP}"
   "${TOP}/app/*.h" "${TOP}/app/*.cpp" "${TOP}/sdk/*.h" "${TOP}/sdk/*.cpp" "${TOP}/log/*.h" "${TOP}/log/*.cpp"

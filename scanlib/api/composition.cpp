@@ -13,7 +13,7 @@ SessionParts installedParts()
     parts.paths = installedLibraryPaths();
     parts.makeDrivers = [](const LibraryPaths& paths) {
         std::vector<std::unique_ptr<Driver>> drivers;
-        drivers.push_back(makeSaneDriver());
+        drivers.push_back(makeSaneDriver(paths.saneHost, paths.saneModels));
         drivers.push_back(makeVirtualDriver(paths));
         return drivers;
     };

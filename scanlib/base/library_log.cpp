@@ -12,6 +12,7 @@ namespace {
 
 std::mutex g_mutex;
 bool g_enabled = false;
+void (*g_sink)(const char* text) = nullptr;
 /// Never destroyed: a driver's thread may log while the process ends.
 std::string& g_file = *new std::string;
 
@@ -24,9 +25,25 @@ void setLibraryLog(bool enable, const std::string& file)
     g_file = file;
 }
 
+void setLibraryLogSink(void (*sink)(const char* text))
+{
+    const std::lock_guard<std::mutex> lock(g_mutex);
+    g_sink = sink;
+}
+
 void libraryLog(const char* format, ...)
 {
     const std::lock_guard<std::mutex> lock(g_mutex);
+    if (g_sink != nullptr) {
+        constexpr std::size_t kLongest = 1000;
+        char text[kLongest];
+        std::va_list arguments;
+        va_start(arguments, format);
+        std::vsnprintf(text, sizeof text, format, arguments);
+        va_end(arguments);
+        g_sink(text);
+        return;
+    }
     if (!g_enabled) {
         return;
     }

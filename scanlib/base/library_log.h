@@ -11,4 +11,7 @@ void libraryLog(const char* format, ...) __attribute__((format(printf, 1, 2)));
 /// Switches the log on (appending to the file) or off.
 void setLibraryLog(bool enable, const std::string& file);
 
+/// Lines go to this function instead, without time: in a process that is not the library's own.
+void setLibraryLogSink(void (*sink)(const char* text));
+
 } // namespace orva

@@ -2,7 +2,28 @@
 
 #include "scanlib/base/library_paths_config.h"
 
+#include <dlfcn.h>
+
 namespace orva {
+
+namespace {
+
+/// In the folder of this shared object, else where it is installed.
+std::filesystem::path programBeside(const char* name, const char* installed)
+{
+    Dl_info self {};
+    if (::dladdr(reinterpret_cast<void*>(&installedLibraryPaths), &self) != 0
+        && self.dli_fname != nullptr) {
+        std::error_code error;
+        const auto file = std::filesystem::absolute(self.dli_fname, error).parent_path() / name;
+        if (!error && std::filesystem::exists(file, error)) {
+            return file;
+        }
+    }
+    return installed;
+}
+
+} // namespace
 
 LibraryPaths installedLibraryPaths()
 {
@@ -11,6 +32,9 @@ LibraryPaths installedLibraryPaths()
     paths.virtualScanner = ORVA_DATA_ROOT "/.virtual-scanner";
     paths.sampleSheets = ORVA_LIBRARY_ROOT "/share/sample-sheets";
     paths.config = ORVA_LIBRARY_ROOT "/config/orva-sdk.conf";
+    paths.saneHost =
+        programBeside("orva-sane-host", ORVA_LIBRARY_ROOT "/lib/OrvaSDK/orva-sane-host");
+    paths.saneModels = ORVA_LIBRARY_ROOT "/config/orva-sane-models.conf";
     return paths;
 }
 

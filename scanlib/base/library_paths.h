@@ -12,6 +12,8 @@ struct LibraryPaths
     std::filesystem::path virtualScanner; ///< tray, state and faults of the virtual scanner
     std::filesystem::path sampleSheets; ///< what the virtual scanner feeds while its tray is empty
     std::filesystem::path config; ///< orva-sdk.conf
+    std::filesystem::path saneHost; ///< the helper that SANE's drivers run in
+    std::filesystem::path saneModels; ///< orva-sane-models.conf
 };
 
 /// The installed places, below the prefix that the build was given.

@@ -53,6 +53,7 @@ struct PaperSource
     double maxHeightMm = 0;
     std::vector<PaperSize> papers; ///< the ones that the source can hold, "自动" last
     std::vector<int> resolutions; ///< dots per inch, ascending, 75 to 600
+    bool dropsColor = false; ///< a grey scan can leave out red, green or blue by itself
 };
 
 /// A time that the device keeps itself.
@@ -85,7 +86,8 @@ struct AcquireSettings
     int dpiY = 200;
     ColorMode mode =
         ColorMode::kColor; ///< black-and-white and multi-stream are made from grey or colour
-    bool detectDoubleFeed = false;
+    bool detectDoubleFeed = false; ///< and what else guards the paper
+    ColorDropout dropout = ColorDropout::kNone; ///< grey only, where the source drops colours
 };
 
 /// One thread at a time, except requestCancel. No call blocks for ever: a device that does not
@@ -111,7 +113,8 @@ public:
     virtual Status nextPage(Page& page, bool& endOfFeed, const CancelToken& cancel) = 0;
     /// Once after the last nextPage of a job, also after a fault.
     virtual void endBatch() = 0;
-    /// Asks a running nextPage to return soon. Any thread, at any time; never blocks.
+    /// Asks a running nextPage, or an opening that takes long, to return soon with kCancelled. Any
+    /// thread, at any time; never blocks.
     virtual void requestCancel() noexcept = 0;
 
     /// true when the feeder of the configured source holds paper; a flatbed always does.

@@ -14,55 +14,48 @@ namespace {
 constexpr std::uint64_t kMaxPixels = 300'000'000;
 constexpr int kMaxSide = 100'000;
 
-bool isPass(SANE_Frame format)
+int channelOf(FrameFormat format)
 {
-    return format == SANE_FRAME_RED || format == SANE_FRAME_GREEN || format == SANE_FRAME_BLUE;
+    return format == FrameFormat::kGreen ? 1 : format == FrameFormat::kBlue ? 2 : 0;
 }
 
-int channelOf(SANE_Frame format)
-{
-    return format == SANE_FRAME_GREEN ? 1 : format == SANE_FRAME_BLUE ? 2 : 0;
-}
-
-std::uint64_t neededBytesPerLine(const SANE_Parameters& p)
+std::uint64_t neededBytesPerLine(const FrameShape& p)
 {
     const std::uint64_t samples =
-        static_cast<std::uint64_t>(p.pixels_per_line) * (p.format == SANE_FRAME_RGB ? 3U : 1U);
+        static_cast<std::uint64_t>(p.pixelsPerLine) * (p.format == FrameFormat::kRgb ? 3U : 1U);
     return (samples * static_cast<std::uint64_t>(p.depth) + 7) / 8;
 }
 
 } // namespace
 
-Status FrameAssembler::begin(const SANE_Parameters& parameters)
+Status FrameAssembler::begin(const FrameShape& parameters)
 {
-    const SANE_Parameters& p = parameters;
-    int format = 0; // newer drivers may give kinds that this SANE_Frame has no name for
-    std::memcpy(&format, &p.format, sizeof format);
-    const bool known = format >= SANE_FRAME_GRAY && format <= SANE_FRAME_BLUE;
+    const FrameShape& p = parameters;
+    const bool known = p.format >= FrameFormat::kGray && p.format <= FrameFormat::kBlue;
     const bool depthKnown = p.depth == 8 || p.depth == 16 || p.depth == 1;
-    if (!known || !depthKnown || p.pixels_per_line <= 0 || p.bytes_per_line <= 0 || p.lines == 0
+    if (!known || !depthKnown || p.pixelsPerLine <= 0 || p.bytesPerLine <= 0 || p.lines == 0
         || p.lines < -1) {
         return { kDeviceIo, "frame that cannot be understood" };
     }
-    if (p.pixels_per_line > kMaxSide || p.lines > kMaxSide
-        || static_cast<std::uint64_t>(p.pixels_per_line)
+    if (p.pixelsPerLine > kMaxSide || p.lines > kMaxSide
+        || static_cast<std::uint64_t>(p.pixelsPerLine)
                 * static_cast<std::uint64_t>(std::max(1, p.lines))
             > kMaxPixels) {
         return { kPageTooLarge, "frame larger than any scanner's" };
     }
-    if (static_cast<std::uint64_t>(p.bytes_per_line) < neededBytesPerLine(p)
-        || p.bytes_per_line > 16 * kMaxSide) {
+    if (static_cast<std::uint64_t>(p.bytesPerLine) < neededBytesPerLine(p)
+        || p.bytesPerLine > 16 * kMaxSide) {
         return { kDeviceIo, "line shorter than its pixels" };
     }
-    if (m_page.height > 0 && (p.pixels_per_line != m_page.width || !isPass(p.format))) {
+    if (m_page.height > 0 && (p.pixelsPerLine != m_page.width || !isPass(p.format))) {
         return { kDeviceIo, "passes of different kind" };
     }
     m_parameters = p;
     const std::uint64_t lines = p.lines > 0
         ? static_cast<std::uint64_t>(p.lines)
         : std::min<std::uint64_t>(
-            kMaxSide, kMaxPixels / static_cast<std::uint64_t>(p.pixels_per_line));
-    m_limit = static_cast<std::size_t>(lines * static_cast<std::uint64_t>(p.bytes_per_line));
+            kMaxSide, kMaxPixels / static_cast<std::uint64_t>(p.pixelsPerLine));
+    m_limit = static_cast<std::size_t>(lines * static_cast<std::uint64_t>(p.bytesPerLine));
     m_raw.clear();
     if (p.lines > 0) {
         m_raw.reserve(m_limit);
@@ -83,7 +76,7 @@ Status FrameAssembler::add(const std::uint8_t* data, std::size_t size)
 
 Status FrameAssembler::end()
 {
-    const auto lineBytes = static_cast<std::size_t>(m_parameters.bytes_per_line);
+    const auto lineBytes = static_cast<std::size_t>(m_parameters.bytesPerLine);
     const int received = static_cast<int>(m_raw.size() / lineBytes);
     if (received == 0) {
         return { kDeviceIo, "no data where a page was promised" };
@@ -103,19 +96,18 @@ Status FrameAssembler::end()
 
 Status FrameAssembler::finishFrame(int lines)
 {
-    const SANE_Parameters& p = m_parameters;
+    const FrameShape& p = m_parameters;
     const bool pass = isPass(p.format);
     const int channel = channelOf(p.format);
     if (m_page.height == 0) {
-        const PixelFormat format = pass || p.format == SANE_FRAME_RGB ? PixelFormat::kRgb
-            : p.depth == 1                                            ? PixelFormat::kBlackWhite
-                                                                      : PixelFormat::kGray;
+        const PixelFormat format = pass || p.format == FrameFormat::kRgb ? PixelFormat::kRgb
+            : p.depth == 1                                               ? PixelFormat::kBlackWhite
+                                                                         : PixelFormat::kGray;
         const bool asItCame = !pass && p.depth != 16
             && (p.depth == 8 || format == PixelFormat::kBlackWhite)
-            && static_cast<std::size_t>(p.bytes_per_line)
-                == bytesPerLine(p.pixels_per_line, format);
+            && static_cast<std::size_t>(p.bytesPerLine) == bytesPerLine(p.pixelsPerLine, format);
         if (asItCame) {
-            m_page.width = p.pixels_per_line;
+            m_page.width = p.pixelsPerLine;
             m_page.height = lines;
             m_page.format = format;
             m_page.pixels = std::move(m_raw);
@@ -124,33 +116,32 @@ Status FrameAssembler::finishFrame(int lines)
             m_wantsFrame = false;
             return {};
         }
-        m_page.allocate(p.pixels_per_line, lines, format);
+        m_page.allocate(p.pixelsPerLine, lines, format);
     }
     for (int y = 0; y < std::min(lines, m_page.height); ++y) {
         convertLine(
-            m_raw.data() + static_cast<std::size_t>(y) * static_cast<std::size_t>(p.bytes_per_line),
+            m_raw.data() + static_cast<std::size_t>(y) * static_cast<std::size_t>(p.bytesPerLine),
             y, channel);
     }
     if (pass) {
-        m_passes[static_cast<std::size_t>(channel)] = true;
         // rows that one of the passes is short of would have a false colour
         m_page.height = std::min(m_page.height, lines);
         m_page.pixels.resize(m_page.stride() * static_cast<std::size_t>(m_page.height));
     }
-    m_wantsFrame = pass && !(m_passes[0] && m_passes[1] && m_passes[2]);
+    m_wantsFrame = m_passes.wantsMoreAfter(p.format);
     return {};
 }
 
 void FrameAssembler::convertLine(const std::uint8_t* from, int y, int channel)
 {
-    const SANE_Parameters& p = m_parameters;
+    const FrameShape& p = m_parameters;
     std::uint8_t* to = m_page.row(y);
     if (m_page.format == PixelFormat::kBlackWhite) {
         std::memcpy(to, from, m_page.stride());
         return;
     }
     const bool pass = isPass(p.format);
-    const int samples = p.pixels_per_line * (p.format == SANE_FRAME_RGB ? 3 : 1);
+    const int samples = p.pixelsPerLine * (p.format == FrameFormat::kRgb ? 3 : 1);
     const int step = pass ? 3 : 1;
     to += pass ? channel : 0;
     for (int i = 0; i < samples; ++i, to += step) {

@@ -4,10 +4,8 @@
 
 #include "scanlib/base/page.h"
 #include "scanlib/base/status.h"
+#include "scanlib/device/sane/frame_shape.h"
 
-#include <sane/sane.h>
-
-#include <array>
 #include <cstdint>
 #include <utility>
 #include <vector>
@@ -28,7 +26,7 @@ public:
 
     /// Begins a frame. kDeviceIo for parameters that make no sense or do not go with the frames
     /// before, kPageTooLarge past 300 megapixels.
-    Status begin(const SANE_Parameters& parameters);
+    Status begin(const FrameShape& parameters);
     /// The next bytes of the frame. kPageTooLarge when a frame of unknown length does not end.
     Status add(const std::uint8_t* data, std::size_t size);
     /// All of the frame was read. kDeviceIo when data is missing: a driver that promises lines and
@@ -46,11 +44,11 @@ private:
     Status finishFrame(int lines);
     void convertLine(const std::uint8_t* from, int y, int channel);
 
-    SANE_Parameters m_parameters {};
+    FrameShape m_parameters {};
     std::vector<std::uint8_t> m_raw; ///< the frame as it comes
     std::size_t m_limit = 0; ///< bytes that are kept
     Page m_page;
-    std::array<bool, 3> m_passes { false, false, false };
+    PassSet m_passes;
     bool m_wantsFrame = true;
 };
 

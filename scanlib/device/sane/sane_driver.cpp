@@ -1,6 +1,5 @@
 #include "scanlib/device/sane/sane_driver.h"
 
-#include "scanlib/device/sane/sane_device.h"
 #include "scanlib/device/sane/sane_driver_parts.h"
 
 namespace orva {
@@ -10,8 +9,9 @@ namespace {
 class SaneDriver : public Driver
 {
 public:
-    explicit SaneDriver(std::shared_ptr<SaneLease> lease)
-        : m_lease(std::move(lease))
+    explicit SaneDriver(const SaneParts& parts)
+        : m_parts(parts)
+        , m_search(std::make_shared<SaneSearch>(parts.launcher, parts.groups, parts.limits))
     {
     }
 
@@ -19,19 +19,9 @@ public:
 
     std::vector<DeviceIdentity> enumerate(std::chrono::milliseconds limit) override
     {
-        const std::shared_ptr<SaneRuntime> runtime = m_lease->runtime;
-        // A search that takes longer goes on; the next call finds what it found.
-        if (!runtime->searchRunning.exchange(true)) {
-            m_search = runtime->thread().post([runtime] {
-                runtime->search();
-                runtime->searchRunning.store(false);
-            });
-        }
-        if (m_search != nullptr) {
-            runtime->thread().wait(m_search, limit);
-        }
+        m_search->run(limit);
         std::vector<DeviceIdentity> identities;
-        for (const FoundDevice& device : runtime->found()) {
+        for (const FoundDevice& device : m_search->found()) {
             identities.push_back(identityOf(device));
         }
         return identities;
@@ -39,35 +29,26 @@ public:
 
     std::unique_ptr<Device> create(const DeviceIdentity& identity) override
     {
-        return std::make_unique<SaneDevice>(m_lease, identity);
+        return std::make_unique<SaneDevice>(m_parts, m_search, identity);
     }
 
 private:
-    const std::shared_ptr<SaneLease> m_lease;
-    std::shared_ptr<SaneThread::Ticket> m_search;
+    const SaneParts m_parts;
+    const std::shared_ptr<SaneSearch> m_search;
 };
 
 } // namespace
 
-std::unique_ptr<Driver> makeSaneDriver(std::shared_ptr<SaneRuntime> runtime)
+std::unique_ptr<Driver> makeSaneDriver(const SaneParts& parts)
 {
-    return std::make_unique<SaneDriver>(std::make_shared<SaneLease>(std::move(runtime)));
+    return std::make_unique<SaneDriver>(parts);
 }
 
-std::unique_ptr<Driver> makeSaneDriver()
+std::unique_ptr<Driver> makeSaneDriver(
+    const std::filesystem::path& host, const std::filesystem::path& models)
 {
-    // Never destroyed: a thread that was left behind may still use it while the process ends.
-    static std::mutex mutex;
-    static const auto* const runtime = new std::shared_ptr<SaneRuntime>(
-        std::make_shared<SaneRuntime>(realSaneApi(), SaneLimits()));
-    static auto* const lease = new std::weak_ptr<SaneLease>();
-    const std::lock_guard<std::mutex> lock(mutex);
-    std::shared_ptr<SaneLease> current = lease->lock();
-    if (current == nullptr) {
-        current = std::make_shared<SaneLease>(*runtime);
-        *lease = current;
-    }
-    return std::make_unique<SaneDriver>(std::move(current));
+    const auto groups = [] { return backendGroups(saneConfigFolders()); };
+    return makeSaneDriver(SaneParts { processLauncher(host), SaneLimits(), groups, models });
 }
 
 } // namespace orva

@@ -1,15 +1,18 @@
-// Scanners that SANE drives. Nothing above this header sees sane.h.
+// Scanners that SANE drives, in a helper process each: no driver's code runs in this one. Nothing
+// above this header knows SANE.
 #pragma once
 
 #include "scanlib/device/device.h"
 
+#include <filesystem>
 #include <memory>
 
 namespace orva {
 
-/// SANE_CONFIG_DIR of the environment is honoured. The SANE library is initialised at the first
-/// enumeration or opening, once a process; drivers made later share its one thread.
-/// Destroying the driver and its devices takes 2 s at the most, also when a scanner hangs.
-std::unique_ptr<Driver> makeSaneDriver();
+/// host: the program orva-sane-host. models: orva-sane-models.conf, need not exist.
+/// SANE_CONFIG_DIR of the environment is honoured. Destroying a device takes 2 s at the most, also
+/// when the scanner hangs.
+std::unique_ptr<Driver> makeSaneDriver(
+    const std::filesystem::path& host, const std::filesystem::path& models);
 
 } // namespace orva

@@ -1,12 +1,10 @@
-// The driver on a table of calls and limits of one's own; the public factory uses the real ones.
+// The driver with helpers and limits of one's own; the public factory starts the installed program.
 #pragma once
 
-#include "scanlib/device/sane/sane_runtime.h"
-
-#include <memory>
+#include "scanlib/device/sane/sane_device.h"
 
 namespace orva {
 
-std::unique_ptr<Driver> makeSaneDriver(std::shared_ptr<SaneRuntime> runtime);
+std::unique_ptr<Driver> makeSaneDriver(const SaneParts& parts);
 
 } // namespace orva

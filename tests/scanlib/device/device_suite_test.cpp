@@ -173,7 +173,7 @@ std::unique_ptr<orva::Driver> makeVirtual(const std::filesystem::path& folder)
 std::unique_ptr<orva::Driver> makeSane(const std::filesystem::path&)
 {
     wish({});
-    return orva::makeSaneDriver(testBackendRuntime());
+    return orva::makeSaneDriver(testBackendParts());
 }
 
 INSTANTIATE_TEST_SUITE_P(Drivers, EveryDevice,

@@ -1,22 +1,27 @@
 // Frames of every kind that SANE can deliver, as bytes in, pixels out.
 #include "scanlib/device/sane/frame_assembler.h"
-#include "tests/scanlib/device/scripted_sane.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace {
 
-using namespace device_tests;
 using orva::FrameAssembler;
+using orva::FrameFormat;
+using orva::FrameShape;
 using orva::Page;
 using orva::PixelFormat;
 using testing::ElementsAre;
 
-orva::Status feed(
-    FrameAssembler& assembler, const SANE_Parameters& parameters, const std::string& bytes)
+FrameShape shape(FrameFormat format, int width, int lines, int depth)
 {
-    if (orva::Status status = assembler.begin(parameters); !status.ok()) {
+    const int samples = width * (format == FrameFormat::kRgb ? 3 : 1);
+    return { format, (samples * depth + 7) / 8, width, lines, depth };
+}
+
+orva::Status feed(FrameAssembler& assembler, const FrameShape& frame, const std::string& bytes)
+{
+    if (orva::Status status = assembler.begin(frame); !status.ok()) {
         return status;
     }
     for (std::size_t i = 0; i < bytes.size(); i += 3) { // lines do not end where reads do
@@ -29,40 +34,40 @@ orva::Status feed(
     return assembler.end();
 }
 
-Page assembled(const SANE_Parameters& parameters, const std::string& bytes)
+Page assembled(const FrameShape& frame, const std::string& bytes)
 {
     FrameAssembler assembler;
-    EXPECT_EQ(feed(assembler, parameters, bytes).code(), orva::kOk);
+    EXPECT_EQ(feed(assembler, frame, bytes).code(), orva::kOk);
     EXPECT_FALSE(assembler.wantsFrame());
     Page page;
     assembler.finish(page);
     return page;
 }
 
-orva::ResultCode refused(const SANE_Parameters& parameters, const std::string& bytes)
+orva::ResultCode refused(const FrameShape& frame, const std::string& bytes)
 {
     FrameAssembler assembler;
-    return feed(assembler, parameters, bytes).code();
+    return feed(assembler, frame, bytes).code();
 }
 
 TEST(FrameAssembler, GrayColorAndLineartKeepTheirLayout)
 {
-    Page page = assembled(parameters(SANE_FRAME_GRAY, 3, 2, 8), "abcdef");
+    Page page = assembled(shape(FrameFormat::kGray, 3, 2, 8), "abcdef");
     EXPECT_EQ(page.format, PixelFormat::kGray);
     EXPECT_THAT(page.pixels, ElementsAre('a', 'b', 'c', 'd', 'e', 'f'));
-    page = assembled(parameters(SANE_FRAME_RGB, 1, 2, 8), "abcdef");
+    page = assembled(shape(FrameFormat::kRgb, 1, 2, 8), "abcdef");
     EXPECT_EQ(page.format, PixelFormat::kRgb);
     EXPECT_EQ(page.height, 2);
     EXPECT_THAT(page.pixels, ElementsAre('a', 'b', 'c', 'd', 'e', 'f'));
-    page = assembled(parameters(SANE_FRAME_GRAY, 10, 2, 1), "\x80\x40\xff\xc0");
+    page = assembled(shape(FrameFormat::kGray, 10, 2, 1), "\x80\x40\xff\xc0");
     EXPECT_EQ(page.format, PixelFormat::kBlackWhite);
     EXPECT_THAT(page.pixels, ElementsAre(0x80, 0x40, 0xff, 0xc0));
 }
 
 TEST(FrameAssembler, PaddingOfTheLinesIsDropped)
 {
-    SANE_Parameters padded = parameters(SANE_FRAME_GRAY, 3, 2, 8);
-    padded.bytes_per_line = 4;
+    FrameShape padded = shape(FrameFormat::kGray, 3, 2, 8);
+    padded.bytesPerLine = 4;
     EXPECT_THAT(assembled(padded, "abc-def-").pixels, ElementsAre('a', 'b', 'c', 'd', 'e', 'f'));
 }
 
@@ -71,16 +76,16 @@ TEST(FrameAssembler, SixteenBitsKeepTheUpperByte)
     const std::uint16_t samples[] = { 0x12ff, 0xab00 };
     const std::string bytes(reinterpret_cast<const char*>(samples), sizeof samples);
     EXPECT_THAT(
-        assembled(parameters(SANE_FRAME_GRAY, 2, 1, 16), bytes).pixels, ElementsAre(0x12, 0xab));
+        assembled(shape(FrameFormat::kGray, 2, 1, 16), bytes).pixels, ElementsAre(0x12, 0xab));
 }
 
 TEST(FrameAssembler, ThreePassesInAnyOrderMakeOneColorPage)
 {
     FrameAssembler assembler;
-    ASSERT_EQ(feed(assembler, parameters(SANE_FRAME_BLUE, 2, 1, 8, false), "bB").code(), orva::kOk);
+    ASSERT_EQ(feed(assembler, shape(FrameFormat::kBlue, 2, 1, 8), "bB").code(), orva::kOk);
     EXPECT_TRUE(assembler.wantsFrame());
-    ASSERT_EQ(feed(assembler, parameters(SANE_FRAME_RED, 2, 1, 8, false), "rR").code(), orva::kOk);
-    ASSERT_EQ(feed(assembler, parameters(SANE_FRAME_GREEN, 2, 1, 8), "gG").code(), orva::kOk);
+    ASSERT_EQ(feed(assembler, shape(FrameFormat::kRed, 2, 1, 8), "rR").code(), orva::kOk);
+    ASSERT_EQ(feed(assembler, shape(FrameFormat::kGreen, 2, 1, 8), "gG").code(), orva::kOk);
     EXPECT_FALSE(assembler.wantsFrame());
     Page page;
     assembler.finish(page);
@@ -90,22 +95,21 @@ TEST(FrameAssembler, ThreePassesInAnyOrderMakeOneColorPage)
 TEST(FrameAssembler, PassesThatDoNotGoTogetherAreRefused)
 {
     FrameAssembler assembler;
-    ASSERT_EQ(feed(assembler, parameters(SANE_FRAME_RED, 2, 1, 8, false), "rR").code(), orva::kOk);
-    EXPECT_EQ(feed(assembler, parameters(SANE_FRAME_GREEN, 3, 1, 8, false), "ggg").code(),
-        orva::kDeviceIo);
+    ASSERT_EQ(feed(assembler, shape(FrameFormat::kRed, 2, 1, 8), "rR").code(), orva::kOk);
+    EXPECT_EQ(feed(assembler, shape(FrameFormat::kGreen, 3, 1, 8), "ggg").code(), orva::kDeviceIo);
 }
 
 TEST(FrameAssembler, UnknownLengthEndsWithTheData)
 {
-    const Page page = assembled(parameters(SANE_FRAME_GRAY, 3, -1, 8), "abcdefghi");
+    const Page page = assembled(shape(FrameFormat::kGray, 3, -1, 8), "abcdefghi");
     EXPECT_EQ(page.height, 3);
-    EXPECT_EQ(refused(parameters(SANE_FRAME_GRAY, 3, -1, 8), ""), orva::kDeviceIo);
+    EXPECT_EQ(refused(shape(FrameFormat::kGray, 3, -1, 8), ""), orva::kDeviceIo);
 }
 
 TEST(FrameAssembler, APageThatNeverEndsIsStopped)
 {
     FrameAssembler assembler;
-    ASSERT_EQ(assembler.begin(parameters(SANE_FRAME_GRAY, 100, -1, 8)).code(), orva::kOk);
+    ASSERT_EQ(assembler.begin(shape(FrameFormat::kGray, 100, -1, 8)).code(), orva::kOk);
     const std::vector<std::uint8_t> piece(1U << 20);
     orva::ResultCode code = orva::kOk;
     for (int i = 0; i < 1000 && code == orva::kOk; ++i) {
@@ -116,27 +120,26 @@ TEST(FrameAssembler, APageThatNeverEndsIsStopped)
 
 TEST(FrameAssembler, MissingDataIsAnErrorAndNotAnEmptyPage)
 {
-    EXPECT_EQ(refused(parameters(SANE_FRAME_GRAY, 3, 100, 8), ""), orva::kDeviceIo);
+    EXPECT_EQ(refused(shape(FrameFormat::kGray, 3, 100, 8), ""), orva::kDeviceIo);
     EXPECT_EQ(
-        refused(parameters(SANE_FRAME_GRAY, 3, 100, 8), std::string(3 * 50, 'x')), orva::kDeviceIo);
+        refused(shape(FrameFormat::kGray, 3, 100, 8), std::string(3 * 50, 'x')), orva::kDeviceIo);
     // drivers that round the height
+    EXPECT_EQ(assembled(shape(FrameFormat::kGray, 3, 100, 8), std::string(3 * 99, 'x')).height, 99);
     EXPECT_EQ(
-        assembled(parameters(SANE_FRAME_GRAY, 3, 100, 8), std::string(3 * 99, 'x')).height, 99);
-    EXPECT_EQ(
-        assembled(parameters(SANE_FRAME_GRAY, 3, 100, 8), std::string(3 * 120, 'x')).height, 100);
+        assembled(shape(FrameFormat::kGray, 3, 100, 8), std::string(3 * 120, 'x')).height, 100);
 }
 
 TEST(FrameAssembler, ImpossibleParametersAreRefusedBeforeMemoryIsTaken)
 {
-    EXPECT_EQ(refused(parameters(SANE_FRAME_GRAY, 0, 5, 8), ""), orva::kDeviceIo);
-    EXPECT_EQ(refused(parameters(SANE_FRAME_GRAY, 5, 0, 8), ""), orva::kDeviceIo);
-    EXPECT_EQ(refused(parameters(SANE_FRAME_GRAY, 5, 5, 12), ""), orva::kDeviceIo);
-    EXPECT_EQ(refused(parameters(SANE_FRAME_RGB, 90000, 90000, 8), ""), orva::kPageTooLarge);
-    SANE_Parameters narrow = parameters(SANE_FRAME_RGB, 10, 5, 8);
-    narrow.bytes_per_line = 20;
+    EXPECT_EQ(refused(shape(FrameFormat::kGray, 0, 5, 8), ""), orva::kDeviceIo);
+    EXPECT_EQ(refused(shape(FrameFormat::kGray, 5, 0, 8), ""), orva::kDeviceIo);
+    EXPECT_EQ(refused(shape(FrameFormat::kGray, 5, 5, 12), ""), orva::kDeviceIo);
+    EXPECT_EQ(refused(shape(FrameFormat::kRgb, 90000, 90000, 8), ""), orva::kPageTooLarge);
+    FrameShape narrow = shape(FrameFormat::kRgb, 10, 5, 8);
+    narrow.bytesPerLine = 20;
     EXPECT_EQ(refused(narrow, ""), orva::kDeviceIo);
-    SANE_Parameters unknown = parameters(SANE_FRAME_GRAY, 5, 5, 8);
-    unknown.format = static_cast<SANE_Frame>(11);
+    FrameShape unknown = shape(FrameFormat::kGray, 5, 5, 8);
+    unknown.format = static_cast<FrameFormat>(11);
     EXPECT_EQ(refused(unknown, ""), orva::kDeviceIo);
 }
 

@@ -23,7 +23,7 @@ protected:
     void open(const BackendWishes& wishes)
     {
         wish(wishes);
-        m_driver = orva::makeSaneDriver(testBackendRuntime());
+        m_driver = orva::makeSaneDriver(testBackendParts());
         const auto found = m_driver->enumerate(20s);
         ASSERT_EQ(found.size(), 1U);
         EXPECT_EQ(found[0].name, "Noname frontend-tester");
@@ -81,7 +81,7 @@ std::string scanimage(const std::string& mode, const std::string& picture)
 TEST_F(SaneTestDriver, PicturesAreThoseThatScanimageMakes)
 {
     for (const char* picture : { "Solid black", "Solid white", "Color pattern", "Grid" }) {
-        open({ { { "test-picture", picture } }, 0, "" });
+        open({ { "test-picture", picture } });
         for (const bool color : { true, false }) {
             SCOPED_TRACE(std::string(picture) + (color ? " in color" : " in gray"));
             ASSERT_EQ(configure(0, color ? orva::ColorMode::kColor : orva::ColorMode::kGray).code(),
@@ -117,7 +117,7 @@ TEST_F(SaneTestDriver, ThreePassesAndPagesWithoutAnEndGiveTheSamePicture)
              { "three-pass", "0" }, { "three-pass", "1" }, { "hand-scanner", "1" } }) {
         SCOPED_TRACE(option.first + option.second);
         // mode first: three-pass is offered in colour only
-        open({ { { "mode", "Color" }, { "test-picture", "Color pattern" }, option }, 0, "" });
+        open({ { "mode", "Color" }, { "test-picture", "Color pattern" }, option });
         ASSERT_EQ(configure(0, orva::ColorMode::kColor).code(), orva::kOk);
         Page page;
         bool end = false;
@@ -157,7 +157,7 @@ TEST_F(SaneTestDriver, FaultsInTheMiddleEndTheJobWithTheirCode)
     };
     for (const auto& [name, code] : rows) {
         SCOPED_TRACE(name);
-        open({ {}, 4, name });
+        open({ { "fault-at-start", "4" }, { "fault", name } });
         ASSERT_EQ(configure(1, orva::ColorMode::kGray).code(), orva::kOk);
         EXPECT_EQ(runJob(), (std::pair<int, int> { 3, code }));
         m_device.reset();
@@ -167,9 +167,8 @@ TEST_F(SaneTestDriver, FaultsInTheMiddleEndTheJobWithTheirCode)
 TEST_F(SaneTestDriver, ASlowDeviceIsCancelledWithinASecondOrTwo)
 {
     // 64 bytes every 0.2 s: the page would take minutes
-    open({ { { "read-limit", "1" }, { "read-limit-size", "64" }, { "read-delay", "1" },
-               { "read-delay-duration", "200000" } },
-        0, "" });
+    open({ { "read-limit", "1" }, { "read-limit-size", "64" }, { "read-delay", "1" },
+        { "read-delay-duration", "200000" } });
     ASSERT_EQ(configure(1, orva::ColorMode::kColor).code(), orva::kOk);
     std::thread canceller([&] {
         std::this_thread::sleep_for(300ms);

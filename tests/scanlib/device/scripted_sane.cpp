@@ -1,5 +1,9 @@
 #include "tests/scanlib/device/scripted_sane.h"
 
+#include "scanlib/device/sane_host/host_server.h"
+
+#include <fcntl.h>
+
 #include <algorithm>
 #include <cstring>
 #include <stdexcept>
@@ -14,12 +18,24 @@ void record(const std::string& call)
 {
     const std::lock_guard<std::mutex> lock(g_script->mutex);
     g_script->calls.push_back(call);
-    g_script->threads.insert(std::this_thread::get_id());
+    if (call != "init" && call != "exit" && call != "get_devices") {
+        g_script->threads.insert(std::this_thread::get_id());
+    }
 }
 
 SANE_Word wordOf(const ScriptOption& option, double value)
 {
     return option.type == SANE_TYPE_FIXED ? SANE_FIX(value) : static_cast<SANE_Word>(value);
+}
+
+/// A call that does not return, unless it is released or, where that wakes it, cancelled.
+void keepSilent(bool cancelWakes)
+{
+    std::unique_lock<std::mutex> lock(g_script->mutex);
+    ++g_script->silent;
+    g_script->changed.wait(
+        lock, [&] { return g_script->released || (cancelWakes && g_script->cancelled); });
+    --g_script->silent;
 }
 
 SANE_Status doInit(SANE_Int* version, SANE_Auth_Callback)
@@ -33,8 +49,7 @@ SANE_Status doGetDevices(const SANE_Device*** list, SANE_Bool)
 {
     record("get_devices");
     if (g_script->searchSilent) {
-        std::unique_lock<std::mutex> lock(g_script->mutex);
-        g_script->changed.wait(lock, [] { return g_script->released; });
+        keepSilent(false);
     }
     static std::vector<SANE_Device> devices;
     static std::vector<const SANE_Device*> pointers;
@@ -54,6 +69,9 @@ SANE_Status doGetDevices(const SANE_Device*** list, SANE_Bool)
 SANE_Status doOpen(SANE_String_Const name, SANE_Handle* handle)
 {
     record(std::string("open ") + name);
+    if (g_script->openSilent) {
+        keepSilent(false);
+    }
     *handle = g_script;
     const auto status = g_script->openStatus.find(name);
     return status != g_script->openStatus.end() ? status->second : SANE_STATUS_GOOD;
@@ -167,16 +185,17 @@ SANE_Status doRead(SANE_Handle, SANE_Byte* data, SANE_Int capacity, SANE_Int* le
     if (g_script->nextRead >= g_script->current.reads.size()) {
         return SANE_STATUS_EOF;
     }
-    const ScriptRead& read = g_script->current.reads[g_script->nextRead++];
+    ScriptRead& read = g_script->current.reads[g_script->nextRead];
     if (read.silent) {
-        std::unique_lock<std::mutex> lock(g_script->mutex);
-        g_script->changed.wait(lock,
-            [] { return g_script->released || (g_script->cancelWakes && g_script->cancelled); });
+        ++g_script->nextRead;
+        keepSilent(g_script->cancelWakes);
         return SANE_STATUS_CANCELLED;
     }
     *length = static_cast<SANE_Int>(
         std::min<std::size_t>(read.data.size(), static_cast<std::size_t>(capacity)));
     std::memcpy(data, read.data.data(), static_cast<std::size_t>(*length));
+    read.data.erase(0, static_cast<std::size_t>(*length));
+    g_script->nextRead += read.data.empty() ? 1 : 0;
     return read.status;
 }
 
@@ -187,6 +206,68 @@ void doCancel(SANE_Handle)
     g_script->cancelled = true;
     g_script->changed.notify_all();
 }
+
+void doExit()
+{
+    record("exit");
+}
+
+/// The helper as a thread. Killing it lets the driver out of its call.
+class ScriptedHost : public orva::SaneHost
+{
+public:
+    ScriptedHost(ScriptedSane& script, const orva::HostChannel& channel)
+        : m_script(script)
+        , m_socket(::fcntl(channel.theirs.get(), F_DUPFD_CLOEXEC, 3))
+        , m_ring(channel.ring.get())
+    {
+        ++m_script.hosts;
+        ++m_script.running;
+        m_thread = std::thread([this] {
+            {
+                orva::HostPauses pauses;
+                pauses.scanner.busy = std::chrono::milliseconds(5);
+                pauses.cancelPatience = std::chrono::milliseconds(50);
+                orva::HostServer server(ScriptedSane::api(), pauses, m_socket.get(), m_ring.data());
+                server.run();
+            }
+            m_socket.reset();
+            m_ended = true;
+            --m_script.running;
+        });
+    }
+    ~ScriptedHost() override
+    {
+        kill();
+        m_thread.join();
+    }
+    ScriptedHost(const ScriptedHost&) = delete;
+    ScriptedHost& operator=(const ScriptedHost&) = delete;
+
+    bool ended() override { return m_ended; }
+    bool waitEnded(std::chrono::milliseconds limit) override
+    {
+        const auto deadline = std::chrono::steady_clock::now() + limit;
+        while (!m_ended && std::chrono::steady_clock::now() < deadline) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        return m_ended;
+    }
+    void kill() override
+    {
+        if (!m_ended && m_script.silent > 0) {
+            m_script.releaseSilence();
+        }
+    }
+    std::string fault() const override { return {}; }
+
+private:
+    ScriptedSane& m_script;
+    orva::OwnedFd m_socket;
+    const orva::RingMapping m_ring;
+    std::atomic<bool> m_ended { false };
+    std::thread m_thread;
+};
 
 } // namespace
 
@@ -221,7 +302,16 @@ ScriptedSane::~ScriptedSane()
 orva::SaneApi ScriptedSane::api()
 {
     return { doInit, doGetDevices, doOpen, doClose, doDescriptor, doControl, doGetParameters,
-        doStart, doRead, doCancel };
+        doStart, doRead, doCancel, doExit };
+}
+
+orva::HostLauncher ScriptedSane::launcher()
+{
+    return [this](const orva::HostChannel& channel, const std::string&,
+               std::unique_ptr<orva::SaneHost>& host) {
+        host = std::make_unique<ScriptedHost>(*this, channel);
+        return orva::Status();
+    };
 }
 
 ScriptOption& ScriptedSane::option(const std::string& name)

@@ -1,8 +1,10 @@
 // A table of SANE calls that answers from a script: options, frames, reads, faults, silence.
-// Records who called what. One script at a time.
+// Records who called what. One script at a time. The helper runs as a thread of the test: its
+// messages and its memory are those of the real one.
 #pragma once
 
-#include "scanlib/device/sane/sane_api.h"
+#include "scanlib/device/sane/sane_driver_parts.h"
+#include "scanlib/device/sane_host/sane_api.h"
 
 #include <atomic>
 #include <condition_variable>
@@ -59,6 +61,8 @@ public:
     ScriptedSane& operator=(const ScriptedSane&) = delete;
 
     static orva::SaneApi api();
+    /// Starts helpers on this script.
+    orva::HostLauncher launcher();
     void addOption(const ScriptOption& option) { options.push_back(option); }
     ScriptOption& option(const std::string& name);
     int count(const std::string& call) const;
@@ -76,13 +80,17 @@ public:
     std::deque<ScriptFrame> frames; ///< then the feeder is empty
     std::map<std::string, SANE_Status> openStatus;
     bool cancelWakes = true;
-    bool searchSilent = false;
+    std::atomic<bool> searchSilent { false };
+    std::atomic<bool> openSilent { false };
     bool neverEmpty = false; ///< the first frame is fed again and again
 
     mutable std::mutex mutex;
     std::condition_variable changed;
     std::vector<std::string> calls;
-    std::set<std::thread::id> threads; ///< of all calls but cancel
+    std::set<std::thread::id> threads; ///< of all calls but cancel, those of a search left out
+    std::atomic<int> silent { 0 }; ///< calls that do not return, now
+    std::atomic<int> hosts { 0 }; ///< started
+    std::atomic<int> running { 0 };
     bool released = false;
     bool cancelled = false;
     ScriptFrame current;

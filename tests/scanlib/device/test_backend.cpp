@@ -2,68 +2,30 @@
 
 #include "tests/scanlib/device/image_files.h"
 
+#include <unistd.h>
+
 #include <cstdlib>
-#include <cstring>
+#include <fstream>
 
 namespace device_tests {
 
 namespace {
 
-BackendWishes g_wishes;
-int g_starts = 0;
-
-void setOption(SANE_Handle handle, const std::string& name, const std::string& text)
+std::filesystem::path wishesFile()
 {
-    for (SANE_Int i = 1;; ++i) {
-        const SANE_Option_Descriptor* descriptor = sane_get_option_descriptor(handle, i);
-        if (descriptor == nullptr) {
-            return;
-        }
-        if (descriptor->name == nullptr || name != descriptor->name) {
-            continue;
-        }
-        if (descriptor->type == SANE_TYPE_STRING) {
-            std::vector<char> buffer(static_cast<std::size_t>(descriptor->size) + text.size() + 1);
-            std::memcpy(buffer.data(), text.c_str(), text.size() + 1);
-            sane_control_option(handle, i, SANE_ACTION_SET_VALUE, buffer.data(), nullptr);
-        } else {
-            SANE_Word word = std::atoi(text.c_str());
-            sane_control_option(handle, i, SANE_ACTION_SET_VALUE, &word, nullptr);
-        }
-        return;
-    }
-}
-
-SANE_Status openAsWished(SANE_String_Const name, SANE_Handle* handle)
-{
-    const SANE_Status status = sane_open(name, handle);
-    g_starts = 0;
-    if (status == SANE_STATUS_GOOD) {
-        // the driver keeps its options when it is closed
-        for (const char* flag : { "read-limit", "read-delay", "three-pass", "hand-scanner" }) {
-            setOption(*handle, flag, "0");
-        }
-        setOption(*handle, "read-return-value", "Default");
-        for (const auto& [option, value] : g_wishes.options) {
-            setOption(*handle, option, value);
-        }
-    }
-    return status;
-}
-
-SANE_Status startAsWished(SANE_Handle handle)
-{
-    if (++g_starts == g_wishes.faultAtStart) {
-        setOption(handle, "read-return-value", g_wishes.fault);
-    }
-    return sane_start(handle);
+    return std::filesystem::path(testBackendFolder()) / "wishes";
 }
 
 } // namespace
 
 void wish(const BackendWishes& wishes)
 {
-    g_wishes = wishes;
+    std::string lines;
+    for (const auto& [name, value] : wishes) {
+        lines += name + " " + value + "\n";
+    }
+    writeText(wishesFile(), lines);
+    ::setenv("ORVA_TEST_WISHES", wishesFile().c_str(), 1);
 }
 
 std::string testBackendFolder()
@@ -78,19 +40,34 @@ std::string testBackendFolder()
     return folder.path().string();
 }
 
-std::shared_ptr<orva::SaneRuntime> testBackendRuntime()
+orva::SaneParts testBackendParts()
 {
-    static const std::shared_ptr<orva::SaneRuntime> runtime = [] {
-        ::setenv("SANE_CONFIG_DIR", testBackendFolder().c_str(), 1);
-        orva::SaneApi api = orva::realSaneApi();
-        api.open = openAsWished;
-        api.start = startAsWished;
-        orva::SaneLimits limits;
-        limits.read = std::chrono::milliseconds(2000);
-        limits.busyPause = std::chrono::milliseconds(10);
-        return std::make_shared<orva::SaneRuntime>(api, limits);
-    }();
-    return runtime;
+    using std::chrono::milliseconds;
+    ::setenv("SANE_CONFIG_DIR", testBackendFolder().c_str(), 1);
+    orva::SaneLimits limits;
+    limits.open = milliseconds(2000);
+    limits.read = milliseconds(1500);
+    limits.hung = milliseconds(2500);
+    limits.searchHung = milliseconds(2000);
+    const auto groups = [] { return orva::backendGroups(orva::saneConfigFolders()); };
+    return { orva::processLauncher(TEST_SANE_HOST), limits, groups, {} };
+}
+
+std::vector<int> runningHelpers()
+{
+    std::vector<int> found;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+        std::ifstream stat(entry.path() / "stat");
+        int pid = 0;
+        std::string name;
+        char state = 0;
+        int parent = 0;
+        if (stat >> pid >> name >> state >> parent && parent == ::getpid()
+            && name.find("test-sane") != std::string::npos && state != 'Z') {
+            found.push_back(pid);
+        }
+    }
+    return found;
 }
 
 } // namespace device_tests

@@ -1,31 +1,24 @@
-// SANE's own "test" driver as the only one of this process, with its fault options set from the
-// test.
+// SANE's own "test" driver as the only one, in a real helper process that does what a test wishes.
 #pragma once
 
 #include "scanlib/device/sane/sane_driver_parts.h"
 
-#include <functional>
-#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace device_tests {
 
-struct BackendWishes
-{
-    /// Options of the driver, set right after opening: name and text of the value.
-    std::vector<std::pair<std::string, std::string>> options;
-    /// Set before this start (from 1); 0 never.
-    int faultAtStart = 0;
-    std::string fault = "Default"; ///< value of "read-return-value"
-};
+/// Options of the driver (name, value), and the wishes of test_host_main.cpp.
+using BackendWishes = std::vector<std::pair<std::string, std::string>>;
 
-/// What the next opening and the scans after it shall do.
+/// What the helpers that are started from now on shall do.
 void wish(const BackendWishes& wishes);
-/// One for the whole process: SANE is initialised once. Short limits.
-std::shared_ptr<orva::SaneRuntime> testBackendRuntime();
+/// Short limits; the helper of the tests.
+orva::SaneParts testBackendParts();
 /// The folder with dll.conf that SANE_CONFIG_DIR names; for scanimage.
 std::string testBackendFolder();
+/// Process numbers of the helpers that run now.
+std::vector<int> runningHelpers();
 
 } // namespace device_tests

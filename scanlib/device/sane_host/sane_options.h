@@ -2,8 +2,8 @@
 // driver says so. SANE thread only.
 #pragma once
 
-#include "scanlib/device/sane/sane_api.h"
-#include "scanlib/device/sane/sane_words.h"
+#include "scanlib/device/sane_host/sane_api.h"
+#include "scanlib/device/sane_host/sane_words.h"
 
 #include <optional>
 #include <string>

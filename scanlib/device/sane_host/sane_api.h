@@ -21,6 +21,7 @@ struct SaneApi
     SANE_Status (*start)(SANE_Handle handle);
     SANE_Status (*read)(SANE_Handle handle, SANE_Byte* data, SANE_Int capacity, SANE_Int* length);
     void (*cancel)(SANE_Handle handle);
+    void (*exit)();
 };
 
 /// The library that is linked.

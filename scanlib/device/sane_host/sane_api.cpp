@@ -1,4 +1,4 @@
-#include "scanlib/device/sane/sane_api.h"
+#include "scanlib/device/sane_host/sane_api.h"
 
 #include <string>
 
@@ -8,7 +8,7 @@ const SaneApi& realSaneApi()
 {
     static constexpr SaneApi kApi { sane_init, sane_get_devices, sane_open, sane_close,
         sane_get_option_descriptor, sane_control_option, sane_get_parameters, sane_start, sane_read,
-        sane_cancel };
+        sane_cancel, sane_exit };
     return kApi;
 }
 

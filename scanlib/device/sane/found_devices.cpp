@@ -1,6 +1,4 @@
-#include "scanlib/device/sane/sane_runtime.h"
-
-#include "scanlib/base/library_log.h"
+#include "scanlib/device/sane/found_devices.h"
 
 #include <algorithm>
 #include <cctype>
@@ -12,11 +10,6 @@
 namespace orva {
 
 namespace {
-
-std::string textOrEmpty(SANE_String_Const text)
-{
-    return text != nullptr ? text : "";
-}
 
 /// The IPv4 address that a network driver puts into the key or the type; empty for local devices.
 std::string networkAddress(const FoundDevice& device)
@@ -75,67 +68,26 @@ std::filesystem::path usbEntry(int bus, int address, const std::string& usbFolde
     return {};
 }
 
+/// Text that is fit for a list, a line of a log and the name of a folder.
+std::string tidyName(const std::string& text)
+{
+    std::string name;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        const bool blank = byte <= ' ' || byte == 0x7f;
+        if (name.empty() && (blank || c == '.')) {
+            continue; // a folder that begins with a dot is hidden
+        }
+        if (!blank) {
+            name += c == '/' || c == '\\' ? '-' : c;
+        } else if (name.back() != ' ') {
+            name += ' ';
+        }
+    }
+    return name.substr(0, name.find_last_not_of(' ') + 1);
+}
+
 } // namespace
-
-Status SaneRuntime::initialise()
-{
-    if (m_initialised) {
-        return {};
-    }
-    if (m_api.init == sane_init) {
-        keepLibraryMapped(); // the drivers that are loaded now cannot be unloaded cleanly
-    }
-    SANE_Int version = 0;
-    const SANE_Status status = m_api.init(&version, nullptr);
-    if (status == SANE_STATUS_GOOD && SANE_VERSION_MAJOR(version) != SANE_CURRENT_MAJOR) {
-        return { kNotSupported, "SANE of another major version" };
-    }
-    m_initialised = status == SANE_STATUS_GOOD;
-    return saneFailure(status, "sane_init");
-}
-
-void SaneRuntime::search()
-{
-    if (Status status = initialise(); !status.ok()) {
-        libraryLog("sane: %s", status.detail().c_str());
-        return;
-    }
-    if (m_openDevices > 0) {
-        return;
-    }
-    const SANE_Device** list = nullptr;
-    const SANE_Status status = m_api.getDevices(&list, SANE_FALSE);
-    if (status != SANE_STATUS_GOOD || list == nullptr) {
-        libraryLog("sane: %s", saneFailure(status, "sane_get_devices").detail().c_str());
-        return;
-    }
-    std::vector<FoundDevice> devices;
-    for (; *list != nullptr; ++list) {
-        FoundDevice device { textOrEmpty((*list)->name), textOrEmpty((*list)->vendor),
-            textOrEmpty((*list)->model), textOrEmpty((*list)->type), {}, {} };
-        addUsbFacts(device);
-        libraryLog("sane: found %s (%s %s, %s)", device.key.c_str(), device.vendor.c_str(),
-            device.model.c_str(), device.type.c_str());
-        devices.push_back(std::move(device));
-    }
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_found = withoutDuplicates(devices);
-}
-
-std::vector<FoundDevice> SaneRuntime::found() const
-{
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_found;
-}
-
-SaneLease::~SaneLease()
-{
-    const std::chrono::milliseconds limit = runtime->limits().stop;
-    if (!runtime->thread().stop(limit)) {
-        libraryLog("sane: a driver does not answer; its thread is left behind");
-    }
-    runtime->cancelThread().stop(limit / 4);
-}
 
 std::string fullName(const FoundDevice& device)
 {
@@ -144,6 +96,20 @@ std::string fullName(const FoundDevice& device)
     const bool isProtocol = vendor == "escl" || vendor == "wsd";
     const bool repeated = model.compare(0, vendor.size(), vendor) == 0;
     return isProtocol || repeated ? device.model : device.vendor + " " + device.model;
+}
+
+DeviceIdentity identityOf(const FoundDevice& device)
+{
+    DeviceIdentity identity;
+    identity.key = device.key;
+    identity.name = tidyName(fullName(device));
+    if (identity.name.empty()) {
+        identity.name = tidyName(device.key);
+    }
+    identity.serial = device.serial;
+    identity.vidPid = device.vidPid;
+    identity.driverVersion = device.key.substr(0, device.key.find(':'));
+    return identity;
 }
 
 std::vector<FoundDevice> withoutDuplicates(const std::vector<FoundDevice>& devices)

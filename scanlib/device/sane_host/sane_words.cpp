@@ -1,4 +1,4 @@
-#include "scanlib/device/sane/sane_words.h"
+#include "scanlib/device/sane_host/sane_words.h"
 
 #include <algorithm>
 #include <cctype>
@@ -35,6 +35,19 @@ constexpr Spelling kSpellings[] = {
 };
 
 } // namespace
+
+int buttonOfText(const std::string& text)
+{
+    std::string lower(text);
+    std::transform(lower.begin(), lower.end(), lower.begin(),
+        [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    for (const ButtonOption& button : kButtonOptions) {
+        if (lower == button.option) {
+            return button.value;
+        }
+    }
+    return 0;
+}
 
 SourceWord sourceWord(std::string_view word)
 {

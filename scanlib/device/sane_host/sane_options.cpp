@@ -1,4 +1,4 @@
-#include "scanlib/device/sane/sane_options.h"
+#include "scanlib/device/sane_host/sane_options.h"
 
 #include <algorithm>
 #include <cmath>

@@ -45,17 +45,41 @@ inline constexpr ButtonOption kButtonOptions[] {
     { "file", 2 },
     { "button-2", 2 },
     { "pdf", 2 },
+    { "pdf1", 2 },
+    { "function", 4 },
+    { "button-3", 4 },
     { "extra", 4 },
+    { "ocr", 4 },
     { "newfile", 4 },
     { "cancel", 8 },
     { "stop", 8 },
 };
+/// Their text names the button; reading one may clear it.
+inline const Words kButtonTextOptions { "button-pressed", "message" };
+/// What such a text means (codes.h, Button); 0: no button.
+int buttonOfText(const std::string& text);
 
-inline const Words kPaperSensors { "page-loaded", "adf-loaded", "doc-in-adf" };
+inline const Words kPaperSensors { "page-loaded", "adf-loaded", "doc-in-adf", "adf-status" };
+inline const Words kNoPaperWords { "No documents", "Empty", "No paper", "None" };
 inline const Words kDuplexSwitches { "duplex", "adf-mode", "both-sides" };
-inline const Words kSleepOptions { "sleeptimer", "power-save-time" };
-inline const Words kAutoOffOptions { "offtimer" };
+inline const Words kSleepOptions { "sleeptimer", "power-save-time", "sleep-timer",
+    "lamp-off-time" };
+inline const Words kAutoOffOptions { "offtimer", "auto-off-time" };
 inline const Words kWidthOptions { "page-width", "pagewidth" };
 inline const Words kHeightOptions { "page-height", "pageheight" };
+
+/// Double-feed sensors first: some activate those behind them. Then paper protection.
+inline const Words kPaperGuards { "df-action", "df-thickness", "df-length", "double-feed",
+    "dfeed-detect", "dfeed", "dfeed-stop", "paper-protect", "adv-paper-protect", "staple-detect",
+    "stapledetect" };
+inline const Words kGuardOn { "Stop", "On", "Yes" };
+inline const Words kGuardOff { "Default", "Off", "No" };
+
+inline const Words kDropoutOptions { "dropoutcolor", "dropout-front", "dropout-back",
+    "color-filter", "dropout", "dropout-color" };
+inline const Words kDropRed { "Red", "red" };
+inline const Words kDropGreen { "Green", "green" };
+inline const Words kDropBlue { "Blue", "blue" };
+inline const Words kDropNone { "None", "Default", "Off", "none" };
 
 } // namespace orva
