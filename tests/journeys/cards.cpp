@@ -1,5 +1,6 @@
 #include "tests/journeys/cards.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -18,7 +19,7 @@ int pixels(double mm, int dpi)
 
 void fill(QImage& image, int dpi, const QRectF& mm, QRgb color)
 {
-    const int right = pixels(mm.right(), dpi);
+    const int right = std::min(pixels(mm.right(), dpi), image.width());
     const int bottom = pixels(mm.bottom(), dpi);
     for (int y = pixels(mm.top(), dpi); y < bottom; ++y) {
         for (int x = pixels(mm.left(), dpi); x < right; ++x) {

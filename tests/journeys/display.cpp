@@ -42,7 +42,7 @@ VirtualDisplay::VirtualDisplay()
     m_server = std::make_unique<Process>(
         Command { { "sh", "-c", "exec Xvfb -displayfd 3 \"$@\" 3>\"$0\"", number, "-screen", "0",
                       "1366x768x24", "-nolisten", "tcp", "-noreset" },
-            {}, "/", false },
+            {}, "/", false, {} },
         Sandbox::path("xvfb.out"));
     if (!waitUntil([&] { return !firstLine(readBytes(number)).empty(); }, 20s)) {
         throw std::runtime_error("no display: " + m_server->output());
@@ -63,7 +63,7 @@ VirtualDisplay::~VirtualDisplay() = default;
 Command VirtualDisplay::tool(std::vector<std::string> words) const
 {
     return { std::move(words),
-        { { "DISPLAY", m_name }, { "LC_ALL", "C.UTF-8" }, { "WAYLAND_DISPLAY", {} } }, "/", false };
+        { { "DISPLAY", m_name }, { "LC_ALL", "C.UTF-8" }, { "WAYLAND_DISPLAY", {} } }, "/", false, {} };
 }
 
 WindowId VirtualDisplay::find(const std::string& title) const

@@ -175,6 +175,13 @@ Process& Journey::start()
 {
     Command command = installed("TarvexBaseUI");
     command.obeysPermissions = m_obeysPermissions;
+    if (m_smallDisk) {
+        fs::create_directories(folder());
+        command.smallDisk = folder();
+    }
+    if (!m_programs.empty()) {
+        command.environment["PATH"] = m_programs + ":/usr/local/bin:/usr/bin:/bin";
+    }
     const std::string file =
         Sandbox::path("application-" + std::to_string(m_started.size() + 1) + ".out");
     m_started.push_back(std::make_unique<Process>(command, file));
@@ -258,6 +265,18 @@ QVariant Journey::setting(const QString& key, const QString& device)
     QSettings store(QString::fromStdString(settingsFile(device)), QSettings::IniFormat);
     store.setIniCodec("UTF-8");
     return store.value("appValue/" + key);
+}
+
+std::string Journey::lastRecord()
+{
+    std::string log;
+    std::error_code none;
+    for (const auto& entry :
+        fs::recursive_directory_iterator(Sandbox::home() + "/.ORVA/TarvexBaseUI", none)) {
+        log += entry.is_regular_file() ? readBytes(entry.path()) : std::string();
+    }
+    const std::size_t at = log.rfind("作业页数: ");
+    return at == std::string::npos ? log : log.substr(at);
 }
 
 void Journey::expectNoLeftovers() const

@@ -49,6 +49,11 @@ protected:
     /// Permissions of folders hold for the application even when the test runs as root.
     void obeyPermissions() { m_obeysPermissions = true; }
 
+    /// The application finds its output folder on a disk of kSmallDiskKb; see Process::inside.
+    void writeToSmallDisk() { m_smallDisk = true; }
+    /// The programs of the desktop are looked for in this folder first.
+    void preferPrograms(const std::string& folder) { m_programs = folder; }
+
     /// Settings of a device as the application itself leaves them, so that it finds itself used
     /// before: two-sided feeder, colour, business card, 100 dpi, no image operation, files
     /// "Card-007.jpg" and on in folder(). The given ones replace some.
@@ -94,6 +99,9 @@ protected:
     static std::string dataRoot();
     static std::string settingsFile(const QString& device = kVirtualScanner);
     static QVariant setting(const QString& key, const QString& device = kVirtualScanner);
+    /// The last block of the job log, from its page count on; the log is on when the settings say
+    /// "LogLevel" 1.
+    static std::string lastRecord();
     /// Neither hidden files beside the results nor pages in the spool.
     void expectNoLeftovers() const;
     Command installed(const std::string& program, std::vector<std::string> arguments = {}) const;
@@ -103,6 +111,8 @@ private:
 
     Sandbox m_sandbox;
     bool m_obeysPermissions = false;
+    bool m_smallDisk = false;
+    std::string m_programs;
     std::unique_ptr<VirtualDisplay> m_display;
     std::vector<std::unique_ptr<Process>> m_started;
     Process* m_application = nullptr;

@@ -5,6 +5,8 @@
 
 #include <fcntl.h>
 #include <linux/capability.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -12,6 +14,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <system_error>
 
 namespace {
@@ -23,6 +26,22 @@ void obeyPermissions()
         if (::geteuid() == 0 && ::prctl(PR_CAPBSET_DROP, right, 0, 0, 0) != 0) {
             ::_exit(126);
         }
+    }
+}
+
+/// A name space of its own, so that the disk goes with the program; whoever is not root needs
+/// to be the master of one for that.
+void mountSmallDisk(const std::string& folder)
+{
+    const std::string user = std::to_string(::geteuid());
+    const std::string map = user + ' ' + user + " 1";
+    const bool isRoot = ::geteuid() == 0;
+    const std::string size = "size=" + std::to_string(kSmallDiskKb) + "k";
+    if (::unshare(CLONE_NEWNS | (isRoot ? 0 : CLONE_NEWUSER)) != 0
+        || (!isRoot && !(std::ofstream("/proc/self/uid_map") << map << std::flush))
+        || ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0
+        || ::mount("none", folder.c_str(), "tmpfs", 0, size.c_str()) != 0) {
+        ::_exit(126);
     }
 }
 
@@ -41,6 +60,9 @@ void obeyPermissions()
         words.push_back(const_cast<char*>(word.c_str()));
     }
     words.push_back(nullptr);
+    if (!command.smallDisk.empty()) {
+        mountSmallDisk(command.smallDisk);
+    }
     if (command.obeysPermissions) {
         obeyPermissions();
     }
@@ -77,6 +99,11 @@ Process::~Process()
 std::string Process::output() const
 {
     return readBytes(m_outputFile);
+}
+
+std::string Process::inside(const std::string& path) const
+{
+    return "/proc/" + std::to_string(m_id) + "/root" + path;
 }
 
 bool Process::waitForOutput(const std::string& text, std::chrono::milliseconds limit)

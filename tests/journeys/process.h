@@ -15,7 +15,10 @@ struct Command
     std::map<std::string, std::optional<std::string>> environment; ///< no value: removed
     std::string folder = "/"; ///< working folder
     bool obeysPermissions = false; ///< root, too, is held by the permissions of files
+    std::string smallDisk; ///< this folder is a disk of kSmallDiskKb, for this program alone
 };
+
+inline constexpr int kSmallDiskKb = 2000;
 
 /// Ends with the object, and also when the test process dies.
 class Process
@@ -28,6 +31,8 @@ public:
     Process& operator=(const Process&) = delete;
 
     pid_t id() const { return m_id; }
+    /// A path as the program sees it, for looking into its small disk while it runs.
+    std::string inside(const std::string& path) const;
     bool running() { return !ended(); }
     std::string output() const;
     bool waitForOutput(const std::string& text, std::chrono::milliseconds limit);
