@@ -5,7 +5,7 @@
 //   bench_scan_job sheets FOLDER COUNT
 //   bench_scan_job encode FOLDER ROUNDS
 //   bench_scan_job scan LIBRARY DEVICE SOURCE QUALITY FORMAT pages|document WIDTH HEIGHT FOLDER
-//     [deskew]
+//     [deskew] [bw]
 //
 // Each prints one line of "name=value". Times are seconds, memory is kilobytes.
 #include "bench/drawn_page.h"
@@ -213,7 +213,8 @@ struct JobWish
     double widthMm;
     double heightMm;
     const char* folder;
-    bool deskew; ///< and crop
+    bool deskew = false; ///< and crop
+    bool blackWhite = false;
 };
 
 int scan(const char* file, const JobWish& wish)
@@ -225,12 +226,15 @@ int scan(const char* file, const JobWish& wish)
     expectOk(
         sdk.SetScanSource(indexOf(sdk.GetScanSourceCount(), sdk.GetScanSourceName, wish.source)),
         "SetScanSource");
-    expectOk(sdk.SetColorMode(0), "SetColorMode");
+    expectOk(sdk.SetColorMode(static_cast<int>(
+                 wish.blackWhite ? orva::ColorMode::kBlackWhite : orva::ColorMode::kColor)),
+        "SetColorMode");
     expectOk(sdk.SetResolution(300, 300), "SetResolution");
     expectOk(sdk.SetPaperSize(0, 0, wish.widthMm, wish.heightMm, -1), "SetPaperSize");
     expectOk(sdk.SetJPGQulity(wish.quality), "SetJPGQulity");
     ImageParam image {};
-    image.nGamma = 1;
+    image.nGamma = wish.blackWhite ? 0 : 1;
+    image.nThresold = wish.blackWhite ? 128 : 0;
     image.bAutoCropDeskew = wish.deskew ? 1 : 0;
     expectOk(sdk.SetImageParam(image), "SetImageParam");
     FileParam files {};
@@ -266,12 +270,15 @@ int run(const std::vector<std::string>& words)
     if (command == "encode" && words.size() == 3) {
         return encodeSheets(words[1], std::stoi(words[2]));
     }
-    const bool deskew = words.size() == 11 && words[10] == "deskew";
-    if (command == "scan" && (words.size() == 10 || deskew)) {
-        return scan(words[1].c_str(),
-            { words[2].c_str(), words[3].c_str(), std::stoi(words[4]), std::stoi(words[5]),
-                words[6] == "document", std::stod(words[7]), std::stod(words[8]), words[9].c_str(),
-                deskew });
+    if (command == "scan" && words.size() >= 10) {
+        JobWish wish { words[2].c_str(), words[3].c_str(), std::stoi(words[4]), std::stoi(words[5]),
+            words[6] == "document", std::stod(words[7]), std::stod(words[8]), words[9].c_str() };
+        const auto has = [&words](const char* option) {
+            return std::find(words.begin() + 10, words.end(), option) != words.end();
+        };
+        wish.deskew = has("deskew");
+        wish.blackWhite = has("bw");
+        return scan(words[1].c_str(), wish);
     }
     throw std::runtime_error("usage: see the head of the source");
 }

@@ -25,7 +25,13 @@ test_packages=(
   poppler-utils procps qpdf sane-utils unzip)
 lint_packages=(git clang-format-14 clang-tidy-14 libxml2-utils shellcheck)
 bench_packages=(
-  debian-reference-en debian-reference-zh-cn fonts-liberation libbenchmark-dev libjpeg-turbo-progs libx11-dev ocrmypdf time)
+  debian-reference-en debian-reference-zh-cn fonts-liberation libbenchmark-dev libjpeg-turbo-progs libx11-dev
+  img2pdf ocrmypdf poppler-utils tesseract-ocr-chi-sim tesseract-ocr-eng time)
+# Programs that open the library's files, none of them ours.
+reader_packages=(catdoc imagemagick libtiff-tools libxml2-utils poppler-utils qpdf unzip)
+office_packages=(
+  chromium default-jre-headless libactivation-java libjaxb-api-java libpdfbox2-java libreoffice-calc-nogui
+  libreoffice-writer-nogui)
 
 # Installs those of the packages that are missing; asks for nothing when none is.
 need_packages() {

@@ -2,13 +2,13 @@
 
 #include "bench/truth/page_match.h"
 #include "bench/truth/page_samples.h"
+#include "bench/truth/thread_clock.h"
 #include "scanlib/page/operations.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
-#include <ctime>
 #include <map>
 #include <stdexcept>
 
@@ -29,13 +29,6 @@ std::string text(const char* format, ...)
     std::vsnprintf(buffer, sizeof buffer, format, arguments);
     va_end(arguments);
     return buffer;
-}
-
-double threadMs()
-{
-    timespec time {};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
 }
 
 class Times

@@ -3,8 +3,10 @@
 //   truth-measure operations FOLDER          the page operations
 //   truth-measure text FOLDER BOXES [moved]  what `pdftotext -raw -bbox` says of a document of all
 //                                            pages; "moved": they were cropped or turned
+//   truth-measure png FOLDER ROUNDS          the PNG encoder beside libpng
 //   truth-measure cells FOLDER CSV_FOLDER    what xls2csv says of the pages with tables
 #include "bench/truth/operation_measures.h"
+#include "bench/truth/png_peer.h"
 #include "bench/truth/text_measures.h"
 
 #include <cstdio>
@@ -26,6 +28,10 @@ int run(const QStringList& words)
 {
     if (words.size() == 3 && words[1] == "operations") {
         return operations(words[2]);
+    }
+    if (words.size() == 4 && words[1] == "png") {
+        truth::comparePng(words[2], words[3].toInt());
+        return 0;
     }
     const bool moved = words.size() == 5 && words[4] == "moved";
     if ((words.size() == 4 || moved) && words[1] == "text") {
