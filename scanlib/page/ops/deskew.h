@@ -1,18 +1,16 @@
-// Turns a page upright and cuts it out of its dark backing.
+// Automatic crop and deskew.
 #pragma once
 
 #include "scanlib/base/page.h"
 
 namespace orva {
 
-/// Degrees that the lines of print run downhill, -8..8, in steps of 0.05; 0 when the page shows no
-/// clear lines. Found where the profile of ink a row is sharpest.
-double textSkewDegrees(const Page& page);
-
-/// Where the backing is dark, the sheet's own edges tell angle and size: the page becomes the
-/// sheet. Else the lines of print tell the angle and nothing is cut, since white paper on white
-/// backing has no edges. Angles below 0.1 degree are left alone; new corners are white. Up to 8
-/// degrees.
+/// Cuts the sheet out of what the scanner saw around it and turns it upright: tilts up to 15
+/// degrees either way, on dark, white or noisy backing (see sheet.h for how it is found). Where no
+/// sheet is told from the backing nothing is cut, and the lines of print tell the angle (see
+/// skew.h); then the page keeps its size and its corners become white. Angles below 0.1 degree are
+/// left alone: such a page is only cut, pixel for pixel. Pages with two different resolutions are
+/// left as they came.
 void cropAndDeskew(Page& page);
 
 } // namespace orva
