@@ -201,7 +201,10 @@ void MainWindow::showTone(const rules::ToneValues& tone)
 
 void MainWindow::onSetGammaDoublespinBox(int tenths)
 {
-    ui->gammaSpinBox->setValue(rules::gammaOfSlider(tenths));
+    // Setting the value that it has would rewrite "2" as "2.0" while somebody types "2.7".
+    if (rules::sliderOfGamma(ui->gammaSpinBox->value()) != tenths) {
+        ui->gammaSpinBox->setValue(rules::gammaOfSlider(tenths));
+    }
 }
 
 void MainWindow::onSetGammaSlider(double gamma)

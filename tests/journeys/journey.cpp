@@ -174,6 +174,9 @@ void Journey::allowSaneDrivers(const std::string& list)
 Process& Journey::start()
 {
     Command command = installed("TarvexBaseUI");
+    for (const auto& [name, value] : m_environment) {
+        command.environment[name] = value;
+    }
     command.obeysPermissions = m_obeysPermissions;
     if (m_smallDisk) {
         fs::create_directories(folder());

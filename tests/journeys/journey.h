@@ -54,6 +54,11 @@ protected:
     /// The programs of the desktop are looked for in this folder first.
     void preferPrograms(const std::string& folder) { m_programs = folder; }
 
+    /// Of the application, beside what every journey sets.
+    void setEnvironment(const std::string& name, const std::string& value)
+    {
+        m_environment[name] = value;
+    }
     /// Settings of a device as the application itself leaves them, so that it finds itself used
     /// before: two-sided feeder, colour, business card, 100 dpi, no image operation, files
     /// "Card-007.jpg" and on in folder(). The given ones replace some.
@@ -113,6 +118,7 @@ private:
     bool m_obeysPermissions = false;
     bool m_smallDisk = false;
     std::string m_programs;
+    std::map<std::string, std::string> m_environment;
     std::unique_ptr<VirtualDisplay> m_display;
     std::vector<std::unique_ptr<Process>> m_started;
     Process* m_application = nullptr;
