@@ -62,8 +62,8 @@ public:
     int levelMask() const { return m_levelMask; }
 
 private:
-    void appendRunLog(const char* format, va_list values);
-    void appendDayLog(const char* format, va_list values);
+    void appendRunLog(const char* format, va_list values) __attribute__((format(printf, 2, 0)));
+    void appendDayLog(const char* format, va_list values) __attribute__((format(printf, 2, 0)));
     void addDayLine(const char* format, ...) __attribute__((format(printf, 2, 3)));
     std::string dayLogFile();
     void readLevels();

@@ -65,7 +65,8 @@ public:
     void setClock(Clock clock) { m_clock = std::move(clock); }
 
 private:
-    std::string formatLine(const char* format, va_list values);
+    std::string formatLine(const char* format, va_list values)
+        __attribute__((format(printf, 2, 0)));
     void appendToday(const char* tag, const std::string& text, int lines);
 
     std::atomic<unsigned char> m_enabled { 0 };

@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace {
@@ -75,11 +76,21 @@ std::unique_ptr<QSettings> openIni(const QString& fileName)
     return settings;
 }
 
-/// What was read back is what was meant: numbers and flags come back as text.
+bool isList(const QVariant& value)
+{
+    return value.userType() == QMetaType::QStringList
+        || value.userType() == QMetaType::QVariantList;
+}
+
+/// What was read back is what was meant: numbers and flags come back as text, and a list of texts
+/// as another kind of list when one of them is unusual.
 bool sameValue(const QVariant& meant, const QVariant& read)
 {
     if (meant.userType() == QMetaType::QByteArray) {
         return meant.toByteArray() == read.toByteArray();
+    }
+    if (isList(meant)) {
+        return isList(read) && meant.toStringList() == read.toStringList();
     }
     return meant == read || meant.toString() == read.toString();
 }
@@ -96,6 +107,22 @@ bool sameContent(const QSettings& meant, const QSettings& read)
         }
     }
     return true;
+}
+
+bool isWholeText(const QString& text)
+{
+    const QByteArray bytes = text.toUtf8();
+    return QString::fromUtf8(bytes.constData(), bytes.size()) == text;
+}
+
+/// An entry that somebody else has put into the file and that could not be written back as it was
+/// read (half a character, a value without meaning, no name) would stop every save.
+bool canBeKept(const QString& key, const QVariant& value)
+{
+    const QStringList texts =
+        isList(value) ? value.toStringList() : QStringList { value.toString() };
+    return value.isValid() && !key.endsWith(QLatin1Char('/')) && isWholeText(key)
+        && std::all_of(texts.begin(), texts.end(), isWholeText);
 }
 
 /// Waits until a file, or the entries of a folder, are on disk.
@@ -219,7 +246,10 @@ void backupSetting::stage()
     }
     auto staging = openIni(m_refused ? nowhere() : stagingName(m_fileName));
     for (const QString& key : m_settings->allKeys()) {
-        staging->setValue(key, m_settings->value(key));
+        const QVariant value = m_settings->value(key);
+        if (canBeKept(key, value)) {
+            staging->setValue(key, value);
+        }
     }
     m_settings = std::move(staging);
 }

@@ -23,6 +23,7 @@ display_packages=(imagemagick openbox x11-utils xauth xdotool xvfb)
 test_packages=(
   "${display_packages[@]}" git libgmock-dev libgtest-dev libsane1 libx11-dev libsane-common libtiff-tools libxml2-utils
   poppler-utils procps qpdf sane-utils unzip)
+fuzz_packages=(clang-14 libclang-rt-14-dev)
 lint_packages=(git clang-format-14 clang-tidy-14 libxml2-utils shellcheck)
 bench_packages=(
   debian-reference-en debian-reference-zh-cn fonts-liberation libbenchmark-dev libjpeg-turbo-progs libx11-dev

@@ -154,9 +154,9 @@ Values valuesOf(const QSettings& settings)
     const QStringList keys = settings.allKeys();
     for (const QString& key : keys) {
         const QVariant value = settings.value(key);
-        values.insert(key,
-            value.type() == QVariant::StringList ? value.toStringList()
-                                                 : QStringList { value.toString() });
+        // a list of texts comes back as another kind of list when one of them is unusual
+        const bool isList = value.type() == QVariant::StringList || value.type() == QVariant::List;
+        values.insert(key, isList ? value.toStringList() : QStringList { value.toString() });
     }
     return values;
 }
@@ -185,7 +185,10 @@ bool writeBeside(const QString& path, const QString& newPath,
         }
         const QStringList keys = old.allKeys();
         for (const QString& key : keys) {
-            fresh.setValue(key, old.value(key));
+            // a line without a name: there is none to write it under
+            if (!key.isEmpty() && !key.endsWith(QLatin1Char('/'))) {
+                fresh.setValue(key, old.value(key));
+            }
         }
     }
     edit(fresh);
@@ -342,6 +345,7 @@ void TemplateStore::enumAllTemplateName()
     QSettings settings(m_templatePath, QSettings::IniFormat);
     prepareForReading(settings);
     m_names = settings.childGroups();
+    m_names.removeAll(QString()); // no group has this name; a damaged file can have it
 }
 
 int TemplateStore::deleteTemplateItem(const QString& name)

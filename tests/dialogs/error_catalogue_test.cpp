@@ -80,7 +80,7 @@ TEST_F(ErrorCatalogueTest, BrokenFilesEmptyTheCatalogue)
     struct Case
     {
         const char* name;
-        const char* xml;
+        std::string xml;
         const char* logged;
     };
     const Case cases[] = {
@@ -88,6 +88,15 @@ TEST_F(ErrorCatalogueTest, BrokenFilesEmptyTheCatalogue)
         { "empty", "", "] ErrorDesc() = " },
         { "no root", "<?xml version=\"1.0\"?><!-- nothing -->",
             "[func:getErrorCode] Failed to load file: No root element." },
+        { "three hundred thousand levels",
+            [] {
+                std::string open;
+                for (int level = 0; level < 300000; ++level) {
+                    open += "<a>";
+                }
+                return open;
+            }(),
+            "ErrorCode.xml is nested too deeply" },
     };
     for (const Case& broken : cases) {
         SCOPED_TRACE(broken.name);
