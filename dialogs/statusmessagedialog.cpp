@@ -61,6 +61,9 @@ void statusMessageDialog::SetStatusInfo(int code, int value, const QString& name
     if (QAbstractButton* no = button(QMessageBox::No)) {
         no->setText(QStringLiteral("取 消"));
         setEscapeButton(QMessageBox::No);
+        if (code == work_status::kAskDelete) {
+            setDefaultButton(QMessageBox::No); // what is deleted does not come back
+        }
     }
     setIcon(boxIcon(notice.icon));
     layout()->setContentsMargins(kBoxMargins); // of the layout that the icon has made anew

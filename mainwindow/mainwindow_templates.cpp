@@ -3,11 +3,15 @@
 #include "log/Log.h"
 #include "mainwindow/main_window_ui.h"
 #include "mainwindow/mainwindow.h"
+#include "mainwindow/rules/file_param.h"
 #include "mainwindow/rules/param_codes.h"
+#include "mainwindow/rules/settings_keys.h"
 #include "sdk/codes.h"
 #include "templates/templateSaveAndExtract.h"
 
-#include <QFile>
+#include <QDir>
+#include <QFileInfo>
+#include <QRegularExpression>
 
 namespace {
 
@@ -22,6 +26,38 @@ constexpr int kRefused = -1;
 void showText(QComboBox* list, const QString& text)
 {
     list->setCurrentIndex(list->findText(text, Qt::MatchExactly | Qt::MatchCaseSensitive));
+}
+
+// Template files are edited by hand too. What follows keeps a control from taking what an operator
+// could not have given it: a rule that has disabled a control has set it as well.
+
+void showIndex(QComboBox* list, int index)
+{
+    list->setCurrentIndex(rules::storedIndex(index, list->count()));
+}
+
+void check(QAbstractButton* button, bool on)
+{
+    if (button->isEnabled()) {
+        button->setChecked(on);
+    }
+}
+
+/// Part of a file name; one that cannot be typed counts as missing. Not the field's validator: a
+/// serial number that has grown during a job has more digits than that one takes.
+void showNamePart(QLineEdit* edit, const QString& text)
+{
+    static const QRegularExpression typed(QStringLiteral("^[a-zA-Z0-9]*\\z"));
+    edit->setText(typed.match(text).hasMatch() ? text : QString());
+}
+
+/// A folder as the folder dialog gives it, into which files can be put.
+bool isOutputFolder(const QString& folder)
+{
+    FileParam probe {};
+    return checkWritable(QFile::encodeName(folder).constData()) == 0 && QFileInfo(folder).isDir()
+        && QDir::isAbsolutePath(folder)
+        && rules::setFolder(folder, &probe) == rules::FileParamFault::kNone;
 }
 
 } // namespace
@@ -89,19 +125,19 @@ void MainWindow::onTemplateInfoCollect()
 
 void MainWindow::onTemplateInfoSave(ScanTemplateParam param)
 {
-    const std::string folder = param.savePath.toStdString();
-    if (checkWritable(folder.c_str()) != 0) {
-        runLog("template can not write:%s", folder.c_str());
+    if (!isOutputFolder(param.savePath)) {
+        runLog("template can not write:%s", qUtf8Printable(param.savePath));
         emit templateInfoStatus(kApplying, kRefused);
         return;
     }
     // the source first: papers, resolutions and the merge list follow it
     showText(ui->scanSourceComBo, param.scanSource);
     (param.multiPage ? ui->multipage_radio : ui->singlepage_radio)->setChecked(true);
-    ui->comboBox_doc->setCurrentIndex(param.fileType);
+    showIndex(ui->comboBox_doc, param.fileType);
     ui->filePathEdit->setText(param.savePath);
-    ui->rotAngleComBox->setCurrentIndex(param.rotationIndex);
+    showIndex(ui->rotAngleComBox, param.autoTextOrientation ? 0 : param.rotationIndex);
     showText(ui->fileTypeCombo, param.imageFormat);
+    limitPageChoice(); // the radio button may have gone where the same file type had put it
     showText(ui->imageCompressCombo, param.compression);
     showText(ui->timeNametypeCombo, param.timeNameType);
     showText(ui->seperateCombo, param.separator);
@@ -109,7 +145,9 @@ void MainWindow::onTemplateInfoSave(ScanTemplateParam param)
     showText(ui->paperTypeComBo, param.paperSize);
     showText(ui->DPIComBo, param.resolution);
     showText(ui->MergeComBo, param.merge);
-    showText(ui->DenoiseComBo, param.denoise);
+    if (ui->DenoiseComBo->isEnabled()) {
+        showText(ui->DenoiseComBo, param.denoise);
+    }
     emit templateInfoStatus(kApplying, kNamesNext);
     applyTemplateNames(param);
     emit templateInfoStatus(kApplying, kImageNext);
@@ -122,8 +160,8 @@ void MainWindow::applyTemplateNames(const ScanTemplateParam& param)
     (param.nameByTime ? ui->timeNameRadio : ui->serialNameRadio)->setChecked(true);
     (param.overwriteSameName ? ui->sameNameCoverRadio : ui->sameNameAddNoRadio)->setChecked(true);
     ui->nameNoLenSpinBox->setValue(param.serialLength);
-    ui->fileNamePreEdit->setText(param.timeNamePrefix);
-    ui->nameNoSerialEdit->setText(param.serialStart);
+    showNamePart(ui->fileNamePreEdit, param.timeNamePrefix);
+    showNamePart(ui->nameNoSerialEdit, param.serialStart);
     ui->lightSpinBox->setValue(param.brightness);
     ui->gammaSpinBox->setValue(param.gamma);
     ui->constraSpinBox->setValue(contrastPercent(param));
@@ -132,11 +170,11 @@ void MainWindow::applyTemplateNames(const ScanTemplateParam& param)
 
 void MainWindow::applyTemplateImage(const ScanTemplateParam& param)
 {
-    ui->autoCropChkBox->setChecked(param.autoCrop);
+    check(ui->autoCropChkBox, param.autoCrop);
     ui->RemoveHoleChkBox->setChecked(param.removeHoles);
     ui->autoRotatChkBox->setChecked(param.autoTextOrientation);
     ui->MultiFeedChkBox->setChecked(param.multiFeedDetection);
-    ui->autopLevelchkBox->setChecked(param.autoLevel);
+    check(ui->autopLevelchkBox, param.autoLevel);
     ui->autoBColorChkBox->setChecked(param.autoBackgroundColor);
     const int dropout = ui->ColorDropoutComBox->findText(
         param.dropoutColor, Qt::MatchExactly | Qt::MatchCaseSensitive);
