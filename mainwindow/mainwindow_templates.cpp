@@ -4,14 +4,14 @@
 #include "mainwindow/main_window_ui.h"
 #include "mainwindow/mainwindow.h"
 #include "mainwindow/rules/file_param.h"
+#include "mainwindow/rules/naming_rules.h"
 #include "mainwindow/rules/param_codes.h"
 #include "mainwindow/rules/settings_keys.h"
 #include "sdk/codes.h"
 #include "templates/templateSaveAndExtract.h"
 
-#include <QDir>
+#include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
 
 namespace {
 
@@ -33,7 +33,7 @@ void showText(QComboBox* list, const QString& text)
 
 void showIndex(QComboBox* list, int index)
 {
-    list->setCurrentIndex(rules::storedIndex(index, list->count()));
+    list->setCurrentIndex(rules::storedIndex(index, list->count(), list->currentIndex()));
 }
 
 void check(QAbstractButton* button, bool on)
@@ -43,21 +43,10 @@ void check(QAbstractButton* button, bool on)
     }
 }
 
-/// Part of a file name; one that cannot be typed counts as missing. Not the field's validator: a
-/// serial number that has grown during a job has more digits than that one takes.
-void showNamePart(QLineEdit* edit, const QString& text)
+/// A text that nobody could have typed counts as missing.
+QString typedOrNothing(const QString& text, bool (*isValid)(const QString&))
 {
-    static const QRegularExpression typed(QStringLiteral("^[a-zA-Z0-9]*\\z"));
-    edit->setText(typed.match(text).hasMatch() ? text : QString());
-}
-
-/// A folder as the folder dialog gives it, into which files can be put.
-bool isOutputFolder(const QString& folder)
-{
-    FileParam probe {};
-    return checkWritable(QFile::encodeName(folder).constData()) == 0 && QFileInfo(folder).isDir()
-        && QDir::isAbsolutePath(folder)
-        && rules::setFolder(folder, &probe) == rules::FileParamFault::kNone;
+    return isValid(text) ? text : QString();
 }
 
 } // namespace
@@ -125,7 +114,8 @@ void MainWindow::onTemplateInfoCollect()
 
 void MainWindow::onTemplateInfoSave(ScanTemplateParam param)
 {
-    if (!isOutputFolder(param.savePath)) {
+    if (checkWritable(QFile::encodeName(param.savePath).constData()) != 0
+        || !QFileInfo(param.savePath).isDir() || !rules::isOutputFolder(param.savePath)) {
         runLog("template can not write:%s", qUtf8Printable(param.savePath));
         emit templateInfoStatus(kApplying, kRefused);
         return;
@@ -160,8 +150,8 @@ void MainWindow::applyTemplateNames(const ScanTemplateParam& param)
     (param.nameByTime ? ui->timeNameRadio : ui->serialNameRadio)->setChecked(true);
     (param.overwriteSameName ? ui->sameNameCoverRadio : ui->sameNameAddNoRadio)->setChecked(true);
     ui->nameNoLenSpinBox->setValue(param.serialLength);
-    showNamePart(ui->fileNamePreEdit, param.timeNamePrefix);
-    showNamePart(ui->nameNoSerialEdit, param.serialStart);
+    ui->fileNamePreEdit->setText(typedOrNothing(param.timeNamePrefix, rules::isPrefix));
+    ui->nameNoSerialEdit->setText(typedOrNothing(param.serialStart, rules::isSerialStart));
     ui->lightSpinBox->setValue(param.brightness);
     ui->gammaSpinBox->setValue(param.gamma);
     ui->constraSpinBox->setValue(contrastPercent(param));

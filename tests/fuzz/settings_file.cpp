@@ -20,7 +20,7 @@ QVariantList readAll(const backupSetting& settings)
             value = QVariant(); // half a character: not written back
         }
         values << value.toString() << value.toByteArray() << value.toInt() << value.toBool();
-        const int index = rules::storedIndex(value.toInt(), 8);
+        const int index = rules::storedIndex(value.toInt(), 8, 0);
         require(index >= 0 && index < 8, "an index of the list");
     }
     return values;
