@@ -26,6 +26,8 @@ std::unique_ptr<PageEncoder> makeFaxEncoder();
 std::unique_ptr<PageEncoder> makePdfEncoder();
 /// JPEG, and PNG for black-and-white.
 std::unique_ptr<PageEncoder> makeOfdEncoder();
+/// Nothing but the geometry: the file is made of the recognised text.
+std::unique_ptr<PageEncoder> makeTextEncoder();
 
 /// For formats of one page: the payload is the file.
 std::unique_ptr<DocumentWriter> makeSinglePageWriter();
@@ -36,6 +38,10 @@ std::unique_ptr<DocumentWriter> makeTiffWriter(std::uint64_t classicLimitBytes);
 std::unique_ptr<DocumentWriter> makePdfWriter();
 /// Each page goes into the file as it comes; what binds them together in finish().
 std::unique_ptr<DocumentWriter> makeOfdWriter();
+/// Formats of recognised text. All of a workbook is put together in finish().
+std::unique_ptr<DocumentWriter> makeTxtWriter();
+std::unique_ptr<DocumentWriter> makeRtfWriter();
+std::unique_ptr<DocumentWriter> makeXlsWriter();
 
 /// What all encoders have in common: geometry and identity of the page, and a missing block of
 /// memory that comes out as kNoMemory instead of flying on.

@@ -25,6 +25,9 @@ const std::array kFormats {
     OutputFormat { FileFormat::kTif, true, false, makeTiffEncoder, makeStandardTiffWriter },
     OutputFormat { FileFormat::kPdf, true, false, makePdfEncoder, makePdfWriter },
     OutputFormat { FileFormat::kOfd, true, false, makeOfdEncoder, makeOfdWriter },
+    OutputFormat { FileFormat::kTxt, true, true, makeTextEncoder, makeTxtWriter },
+    OutputFormat { FileFormat::kRtf, true, true, makeTextEncoder, makeRtfWriter },
+    OutputFormat { FileFormat::kXls, true, true, makeTextEncoder, makeXlsWriter },
 };
 
 } // namespace

@@ -1,6 +1,7 @@
 // Every format, written by us and read by somebody else.
 #include "scanlib/writers/encoders.h"
 #include "tests/scanlib/writers/other_programs.h"
+#include "tests/scanlib/writers/written_files.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -11,49 +12,6 @@
 
 namespace orva {
 namespace {
-
-constexpr std::int64_t kCreated = 1700000000;
-
-EncodedPage encoded(FileFormat format, const Page& page, int quality = 100)
-{
-    EncodedPage out;
-    EncodeOptions options;
-    options.jpegQuality = quality;
-    const Status status = findOutputFormat(format)->makeEncoder()->encode(page, options, out);
-    EXPECT_TRUE(status.ok()) << status.detail();
-    return out;
-}
-
-Status writeFile(
-    FileFormat format, const std::filesystem::path& path, const std::vector<EncodedPage>& pages)
-{
-    DocumentInfo info;
-    info.title = "扫描 & <1>";
-    info.createdUnixSeconds = kCreated;
-    const auto writer = findOutputFormat(format)->makeWriter();
-    Status status = writer->begin(path, info);
-    for (std::size_t i = 0; status.ok() && i < pages.size(); ++i) {
-        status = writer->addPage(pages[i]);
-    }
-    return status.ok() ? writer->finish() : status;
-}
-
-/// Moves the payload to a file, as the spool does.
-EncodedPage spooled(EncodedPage page, const std::filesystem::path& file)
-{
-    std::ofstream(file, std::ios::binary)
-        .write(reinterpret_cast<const char*>(page.bytes.data()),
-            static_cast<std::streamsize>(page.bytes.size()));
-    page.bytes.clear();
-    page.file = file;
-    return page;
-}
-
-std::string contentOf(const std::filesystem::path& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return { std::istreambuf_iterator<char>(file), {} };
-}
 
 /// The images of a PDF, taken out as they lie in it, as pixels.
 std::string pixelsInPdf(const TemporaryFolder& folder, const std::filesystem::path& pdf)

@@ -1,0 +1,136 @@
+#include "scanlib/writers/flow_text.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace orva {
+
+namespace {
+
+constexpr char32_t kReplacement = 0xFFFD;
+constexpr char32_t kFirstCjk = 0x2E80;
+// Parts of the em square, as common text fonts have them.
+constexpr double kCjkHeight = 0.92;
+constexpr double kCapitalAscent = 0.72;
+constexpr double kSmallAscent = 0.5;
+/// Wider gaps than this stand between columns, not between words.
+constexpr double kColumnGapEm = 2.0;
+
+/// The character at `at`, which moves behind it.
+char32_t nextCharacter(std::string_view text, std::size_t& at)
+{
+    const auto first = static_cast<unsigned char>(text[at++]);
+    if (first < 0x80) {
+        return first;
+    }
+    const int more = first >= 0xF0 && first < 0xF8 ? 3 : first >= 0xE0 ? 2 : first >= 0xC2 ? 1 : 0;
+    if (more == 0 || first >= 0xF8) {
+        return kReplacement;
+    }
+    char32_t code = first & (0x3FU >> static_cast<unsigned>(more));
+    for (int i = 0; i < more; ++i) {
+        if (at >= text.size() || (static_cast<unsigned char>(text[at]) & 0xC0U) != 0x80U) {
+            return kReplacement;
+        }
+        code = (code << 6U) | (static_cast<unsigned char>(text[at++]) & 0x3FU);
+    }
+    constexpr char32_t kLeast[] = { 0, 0x80, 0x800, 0x10000 };
+    const bool surrogate = code >= 0xD800 && code < 0xE000;
+    return code < kLeast[more] || code > 0x10FFFF || surrogate ? kReplacement : code;
+}
+
+bool isTall(char32_t c)
+{
+    constexpr std::string_view kAscenders = "bdfhijklt";
+    return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9')
+        || (c < 0x80 && kAscenders.find(static_cast<char>(c)) != std::string_view::npos);
+}
+
+/// A tab where the gap is as wide as between columns.
+bool isColumnGap(const Word& before, const Word& after, double em)
+{
+    return after.box.left - before.box.right > kColumnGapEm * em;
+}
+
+std::string textWithTabs(const TextLine& line, bool& hasTabs)
+{
+    const double em = emPixels(line);
+    std::string text;
+    for (std::size_t i = 0; i < line.words.size(); ++i) {
+        if (i > 0) {
+            const Word& before = line.words[i - 1];
+            const bool gap = isColumnGap(before, line.words[i], em);
+            hasTabs = hasTabs || gap;
+            text += gap ? "\t" : isBlankBetween(before, line.words[i]) ? " " : "";
+        }
+        text += line.words[i].text;
+    }
+    return text;
+}
+
+/// Whether the line is full: the next one's first word found no room on it.
+bool goesOn(const TextLine& line, const TextLine& next, int rightEdge)
+{
+    return rightEdge - line.box.right < next.words.front().box.width() + emPixels(line);
+}
+
+} // namespace
+
+double emPixels(const TextLine& line)
+{
+    bool tall = false;
+    for (const Word& word : line.words) {
+        for (std::size_t at = 0; at < word.text.size();) {
+            const char32_t c = nextCharacter(word.text, at);
+            if (c >= kFirstCjk) {
+                return std::max(1.0, line.box.height() / kCjkHeight);
+            }
+            tall = tall || isTall(c);
+        }
+    }
+    const double baseline = (line.baselineLeft + line.baselineRight) / 2.0;
+    return std::max(1.0, (baseline - line.box.top) / (tall ? kCapitalAscent : kSmallAscent));
+}
+
+std::vector<std::string> typedLines(const Paragraph& paragraph)
+{
+    int rightEdge = 0;
+    for (const TextLine& line : paragraph.lines) {
+        rightEdge = std::max(rightEdge, line.box.right);
+    }
+    std::vector<std::string> typed;
+    const TextLine* before = nullptr; // whose text the line goes on with
+    for (const TextLine& line : paragraph.lines) {
+        if (line.words.empty()) {
+            continue;
+        }
+        bool hasTabs = false;
+        std::string text = textWithTabs(line, hasTabs);
+        if (before != nullptr && !hasTabs && goesOn(*before, line, rightEdge)) {
+            const Word& last = before->words.back();
+            const bool blank = isBlankBetween(last, line.words.front()) && last.text.back() != '-';
+            typed.back() += (blank ? " " : "") + text;
+        } else {
+            typed.push_back(std::move(text));
+        }
+        before = hasTabs ? nullptr : &line;
+    }
+    return typed;
+}
+
+std::u16string utf16Of(std::string_view utf8)
+{
+    std::u16string units;
+    for (std::size_t at = 0; at < utf8.size();) {
+        const char32_t c = nextCharacter(utf8, at);
+        if (c < 0x10000) {
+            units += static_cast<char16_t>(c);
+        } else {
+            units += static_cast<char16_t>(0xD800 + ((c - 0x10000) >> 10U));
+            units += static_cast<char16_t>(0xDC00 + ((c - 0x10000) & 0x3FFU));
+        }
+    }
+    return units;
+}
+
+} // namespace orva

@@ -1,0 +1,24 @@
+// How recognised text reads on: what the formats without a picture share. No layout of pages.
+#pragma once
+
+#include "scanlib/base/page_text.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orva {
+
+/// The paragraph as its author typed it, in UTF-8 without line feeds: a line that had room for the
+/// first word of the next one ends there, the others go on. Wide gaps (tables) become a tab, and
+/// such a line always ends. A hyphen at the end of a line stays: nobody can tell which kind it is.
+std::vector<std::string> typedLines(const Paragraph& paragraph);
+
+/// Height of the em square that the line was set in, pixels; at least 1. From the full height of
+/// Chinese characters, else from the ascent of capitals, digits or small letters.
+double emPixels(const TextLine& line);
+
+/// What is no UTF-8 becomes U+FFFD.
+std::u16string utf16Of(std::string_view utf8);
+
+} // namespace orva
