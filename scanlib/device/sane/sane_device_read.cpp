@@ -87,8 +87,8 @@ void SaneDevice::take(SideReading& reading, const WireMessage& message)
 void SaneDevice::follow(SideReading& reading, const CancelToken& cancel)
 {
     constexpr Limit kLook(20); // at the token and the clock
+    WireMessage message;
     while (!reading.answered) {
-        WireMessage message;
         const WireResult result = m_link->receive(message, kLook);
         const Clock::time_point now = Clock::now();
         if (result == WireResult::kMessage) {

@@ -62,12 +62,14 @@ void HostServer::receiveAll()
 {
     constexpr milliseconds kIdle(60'000);
     constexpr milliseconds kCancelling(10);
+    // One for all messages: a driver that forks while this thread is within the allocator would
+    // leave its child with a lock that nobody opens, where the allocator has no handler for forks.
+    WireMessage message;
     for (;;) {
         waitReadable(m_socket, m_cancelBatch != 0 ? kCancelling : kIdle);
-        WireMessage message;
         const WireResult result = receiveWire(m_socket, message);
         if (result == WireResult::kMessage) {
-            take(std::move(message));
+            take(message);
         } else if (result != WireResult::kNothing) {
             return;
         }
@@ -87,7 +89,7 @@ bool HostServer::cancelIsDue() const
         && Clock::now() - m_cancelSince > m_pauses.cancelPatience;
 }
 
-void HostServer::take(WireMessage message)
+void HostServer::take(const WireMessage& message)
 {
     switch (static_cast<HostMessage>(message.kind)) {
     case HostMessage::kCancel:
@@ -105,7 +107,7 @@ void HostServer::take(WireMessage message)
         break;
     }
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_requests.push_back(std::move(message));
+    m_requests.push_back(message);
     m_changed.notify_all();
 }
 

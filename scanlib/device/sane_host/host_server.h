@@ -38,7 +38,7 @@ public:
 
 private:
     void receiveAll();
-    void take(WireMessage message);
+    void take(const WireMessage& message);
     bool cancelIsDue() const;
 
     // SANE thread
