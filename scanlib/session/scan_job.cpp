@@ -110,6 +110,14 @@ ResultCode ScanJob::run(Device& device)
         if (format == nullptr) {
             return { kFormatNotSupported, "no writer for the format" };
         }
+        {
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            m_feeding = &device;
+        }
+        const AtExit leave([this] {
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            m_feeding = nullptr;
+        });
         if (Status prepared = prepare(device); !prepared.ok()) {
             return prepared;
         }
@@ -217,16 +225,8 @@ void ScanJob::runPipeline(Device& device, const OutputFormat& format)
 
 Status ScanJob::feed(Device& device)
 {
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        m_feeding = &device;
-    }
     bool batchBegun = false;
     const Status status = guardedStatus([&] { return feedSides(device, batchBegun); });
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        m_feeding = nullptr;
-    }
     if (batchBegun) {
         device.endBatch();
     }

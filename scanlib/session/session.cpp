@@ -36,6 +36,36 @@ int Session::init()
     return kOk;
 }
 
+Session::AskingDevice::AskingDevice(Session& session)
+    : m_session(session)
+{
+    const std::lock_guard<std::mutex> lock(m_session.m_jobMutex);
+    m_session.m_asked = m_session.m_device.get();
+}
+
+Session::AskingDevice::~AskingDevice()
+{
+    const std::lock_guard<std::mutex> lock(m_session.m_jobMutex);
+    m_session.m_asked = nullptr;
+}
+
+Session::Lock Session::lockInterrupting()
+{
+    constexpr std::chrono::milliseconds kPause(10);
+    Lock lock(m_mutex, std::try_to_lock);
+    while (!lock.owns_lock()) {
+        {
+            const std::lock_guard<std::mutex> jobLock(m_jobMutex);
+            if (m_asked != nullptr) {
+                m_asked->requestCancel(); // again and again: the next call may have begun
+            }
+        }
+        std::this_thread::sleep_for(kPause);
+        lock.try_lock();
+    }
+    return lock;
+}
+
 bool Session::waitForJobEnd(Lock& lock, std::chrono::milliseconds limit)
 {
     return m_jobEnded.wait_for(lock, limit, [this] { return !hasJob(m_state); });
@@ -47,7 +77,7 @@ int Session::unInit()
         libraryLog("UnInit from a callback is refused");
         return kBusy;
     }
-    Lock lock(m_mutex);
+    Lock lock = lockInterrupting();
     if (m_state == SessionState::kClosed) {
         return kOk;
     }

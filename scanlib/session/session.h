@@ -115,6 +115,21 @@ private:
     template <typename Body>
     int withOpened(Need need, Body body);
 
+    /// While the lock is held for the device's answer: who wants the lock urgently finds it here.
+    class AskingDevice
+    {
+    public:
+        explicit AskingDevice(Session& session);
+        ~AskingDevice();
+        AskingDevice(const AskingDevice&) = delete;
+        AskingDevice& operator=(const AskingDevice&) = delete;
+
+    private:
+        Session& m_session;
+    };
+    /// The lock; a device that keeps somebody waiting under it is interrupted.
+    Lock lockInterrupting();
+
     Status ensureOpened();
     void adoptSource(std::size_t index);
     const PaperSource& source() const { return m_sources[m_acquire.source]; }
@@ -151,6 +166,7 @@ private:
 
     mutable std::mutex m_jobMutex; ///< short; so that a cancellation never waits for the device
     bool m_cancelWanted = false;
+    Device* m_asked = nullptr; ///< of AskingDevice
     std::shared_ptr<ScanJob> m_job;
 };
 
@@ -166,6 +182,7 @@ template <typename Body>
 int Session::withOpened(Need need, Body body)
 {
     return with(need, [&]() -> int {
+        const AskingDevice asking(*this);
         const Status opened = ensureOpened();
         return opened.ok() ? body() : opened.code();
     });

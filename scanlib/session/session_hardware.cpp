@@ -57,7 +57,8 @@ int Session::scannerSleepTime(int& sleep, int& autoOff)
 
 int Session::buttonStatus()
 {
-    const int code = withOpened(Need::kFreeScanner, [&]() -> int {
+    // Not opened for this: a scanner that is away would be waited for at every look.
+    const int code = with(Need::kFreeScanner, [&]() -> int {
         int button = 0;
         const Status status = m_device->pressedButton(button);
         return status.ok() ? button : status.code();

@@ -16,8 +16,11 @@ Status Session::jobSettings(JobSettings& settings)
     if (!m_device) {
         return { kNoScannerSelected, "no scanner is selected" };
     }
-    if (Status status = ensureOpened(); !status.ok()) {
-        return status;
+    {
+        const AskingDevice asking(*this);
+        if (Status status = ensureOpened(); !status.ok()) {
+            return status;
+        }
     }
     if (!m_outputStatus.ok()) {
         return m_outputStatus;
@@ -29,8 +32,16 @@ Status Session::jobSettings(JobSettings& settings)
     }
     settings.image.mode = m_acquire.mode;
     if (settings.image.dropout != ColorDropout::kNone) {
-        settings.acquire.mode =
-            ColorMode::kColor; // a colour is gone from grey before it can be told
+        const bool grey =
+            m_acquire.mode == ColorMode::kGray || m_acquire.mode == ColorMode::kBlackWhite;
+        if (grey && source().dropsColor && !settings.image.reinforcedDropout) {
+            // by the light of the lamp: better than can be told from a colour picture
+            settings.acquire.dropout = settings.image.dropout;
+            settings.image.dropout = ColorDropout::kNone;
+        } else {
+            settings.acquire.mode =
+                ColorMode::kColor; // a colour is gone from grey before it can be told
+        }
     }
     settings.output = m_output;
     settings.encode = m_encode;
@@ -96,6 +107,8 @@ int Session::cancelScan()
         m_cancelWanted = true;
         if (m_job) {
             m_job->cancel();
+        } else if (m_asked != nullptr) {
+            m_asked->requestCancel(); // it is just being opened for the job
         }
     }
     return m_state == SessionState::kClosed ? kNotInitialised : kOk;

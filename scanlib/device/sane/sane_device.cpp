@@ -159,7 +159,6 @@ Status SaneDevice::open()
 
 Status SaneDevice::configure(const AcquireSettings& settings)
 {
-    m_cancelRequested.store(false);
     m_batch = 0;
     WireMessage answer;
     Status status = askOpened(
@@ -182,6 +181,7 @@ void SaneDevice::endBatch()
 
 Status SaneDevice::hasPaper(bool& result)
 {
+    m_cancelRequested.store(false);
     WireMessage answer;
     Status status = ask(HostMessage::kHasPaper, {}, m_parts.limits.poll, answer);
     if (status.ok()) {

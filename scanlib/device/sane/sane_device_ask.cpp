@@ -61,8 +61,8 @@ Status SaneDevice::await(Limit limit, WireMessage& answer)
         if (result != WireResult::kNothing) {
             return died();
         }
-        const bool interruptible =
-            m_pendingKind == HostMessage::kOpen || m_pendingKind == HostMessage::kConfigure;
+        const bool interruptible = m_pendingKind != HostMessage::kNextSide
+            && m_pendingKind != HostMessage::kEndBatch && m_pendingKind != HostMessage::kButton;
         if (interruptible && m_cancelRequested.load()) {
             return { kCancelled, std::string(nameOf(m_pendingKind)) + ": cancelled" };
         }
@@ -110,6 +110,7 @@ Status SaneDevice::askOpened(
     if (m_sources.empty()) {
         return { kNotInitialised, "not open" };
     }
+    m_cancelRequested.store(false); // of an earlier job
     Status status;
     for (int tries = 0; tries < 2; ++tries) {
         const bool wasOpen = m_link != nullptr;

@@ -78,6 +78,7 @@ SaneOptions::SaneOptions(const SaneApi& api, SANE_Handle handle)
 Status SaneOptions::reload()
 {
     SANE_Int count = 0;
+    m_api.optionDescriptor(m_handle, 0); // the network driver fetches all of them at this call
     const SANE_Status status =
         m_api.controlOption(m_handle, 0, SANE_ACTION_GET_VALUE, &count, nullptr);
     if (status != SANE_STATUS_GOOD) {

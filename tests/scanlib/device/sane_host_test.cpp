@@ -3,9 +3,13 @@
 #include "tests/scanlib/device/test_backend.h"
 
 #include <gtest/gtest.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <thread>
 
 namespace {
@@ -46,6 +50,7 @@ protected:
             status = status.ok() ? m_device->nextPage(page, end, m_token) : status;
             if (!status.ok() || end) {
                 m_device->endBatch();
+                m_detail = status.detail();
                 return { pages, status.ok() ? 1000 : status.code() };
             }
         }
@@ -54,6 +59,7 @@ protected:
     std::unique_ptr<orva::Driver> m_driver;
     std::unique_ptr<orva::Device> m_device;
     orva::CancelToken m_token;
+    std::string m_detail; ///< of the end of the last job
 };
 
 TEST_F(SaneHelper, IsOneProcessWhileAScannerIsOpenAndGoneAfterwards)
@@ -157,6 +163,62 @@ TEST_F(SaneHelper, ASearchThatCrashesOrHangsFindsNothingAndTheNextOneDoes)
     orva::SaneParts parts = testBackendParts();
     parts.launcher = orva::processLauncher("/none/orva-sane-host");
     EXPECT_TRUE(orva::makeSaneDriver(parts)->enumerate(1s).empty());
+}
+
+/// saned on a loopback address of its own, with SANE's test driver behind it.
+class Daemon
+{
+public:
+    Daemon()
+        : m_address("127.66." + std::to_string(::getpid() >> 8 & 255) + "."
+            + std::to_string((::getpid() & 127) + 1))
+    {
+        writeText(m_folder.path() / "dll.conf", "test\n");
+        writeText(m_folder.path() / "test.conf", "number_of_devices 1\n");
+        writeText(m_folder.path() / "saned.conf", "127.0.0.0/8\n");
+        m_pid = ::fork();
+        if (m_pid == 0) {
+            ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+            ::unsetenv("LD_PRELOAD"); // a sanitizer's runtime is not for that one
+            ::setenv("SANE_CONFIG_DIR", m_folder.path().c_str(), 1);
+            ::execl("/usr/sbin/saned", "saned", "-l", "-b", m_address.c_str(), nullptr);
+            ::_exit(127);
+        }
+    }
+    ~Daemon()
+    {
+        ::kill(m_pid, SIGKILL);
+        ::waitpid(m_pid, nullptr, 0);
+    }
+    Daemon(const Daemon&) = delete;
+    Daemon& operator=(const Daemon&) = delete;
+    const std::string& address() const { return m_address; }
+
+private:
+    const TemporaryFolder m_folder;
+    const std::string m_address;
+    pid_t m_pid = 0;
+};
+
+TEST_F(SaneHelper, ReachesAScannerOfAnotherMachineThroughItsDaemon)
+{
+    const Daemon daemon;
+    const TemporaryFolder client;
+    writeText(client.path() / "dll.conf", "net\n");
+    writeText(client.path() / "net.conf", "connect_timeout = 3\n" + daemon.address() + "\n");
+    orva::SaneParts parts = testBackendParts();
+    ::setenv("SANE_CONFIG_DIR", client.path().c_str(), 1);
+    m_driver = orva::makeSaneDriver(parts);
+    std::vector<orva::DeviceIdentity> found;
+    for (int tries = 0; found.empty() && tries < 20; ++tries) { // it needs a moment to listen
+        std::this_thread::sleep_for(100ms);
+        found = m_driver->enumerate(5s);
+    }
+    ASSERT_EQ(found.size(), 1U);
+    EXPECT_EQ(found[0].key, "net:" + daemon.address() + ":test:0");
+    EXPECT_EQ(found[0].name, "Noname frontend-tester");
+    m_device = m_driver->create(found[0]);
+    EXPECT_EQ(runJob(), (std::pair<int, int> { 10, 1000 })) << m_detail;
 }
 
 } // namespace

@@ -84,6 +84,9 @@ void doClose(SANE_Handle)
 
 const SANE_Option_Descriptor* doDescriptor(SANE_Handle, SANE_Int index)
 {
+    if (index == 0) {
+        return nullptr;
+    }
     const ScriptOption& option = g_script->options.at(static_cast<std::size_t>(index) - 1);
     auto descriptor = std::make_unique<SANE_Option_Descriptor>();
     descriptor->name = option.name.c_str();

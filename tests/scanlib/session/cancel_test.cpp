@@ -126,6 +126,31 @@ TEST_F(Cancelling, unInitEndsARunningJobAndLeavesNoCallbackBehind)
     EXPECT_EQ(session->init(), kOk) << "the library can be used again";
 }
 
+/// Whoever waits for a device that is being opened: a look at its buttons, a cancel, the end.
+TEST_F(Cancelling, aDeviceThatHangsWhenItIsOpenedKeepsNobodyWaiting)
+{
+    restart();
+    device.openHangs = true;
+    ASSERT_EQ(session->scannerCount(), 1);
+    ASSERT_EQ(session->selectScanner(0), kOk);
+    EXPECT_EQ(session->buttonStatus(), 0);
+    EXPECT_EQ(device.opens, 0);
+    const auto begin = std::chrono::steady_clock::now();
+    auto job = scanInBackground();
+    while (device.opens == 0) {
+        std::this_thread::sleep_for(1ms);
+    }
+    session->cancelScan();
+    EXPECT_EQ(job.get(), kCancelled);
+    std::thread asking([&] { session->sourceCount(); });
+    while (device.opens == 1) {
+        std::this_thread::sleep_for(1ms);
+    }
+    EXPECT_EQ(session->unInit(), kOk);
+    asking.join();
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 3s);
+}
+
 TEST_F(Cancelling, unInitDoesNotWaitForEverForACallback)
 {
     SessionParts impatient = parts();

@@ -49,6 +49,12 @@ public:
     {
         const InsideDevice inside(m_script);
         ++m_script.opens;
+        if (m_script.openHangs) {
+            std::unique_lock<std::mutex> lock(m_mutex);
+            m_cancelled = false;
+            m_wake.wait_for(lock, 10s, [this] { return m_cancelled; });
+            return { kCancelled, "open" };
+        }
         m_identity.serial = "A-after-open";
         return m_script.openResult == kOk ? Status() : Status(m_script.openResult, "open");
     }

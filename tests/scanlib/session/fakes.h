@@ -32,6 +32,8 @@ struct DeviceScript
     bool paper = true;
     int button = 0;
 
+    std::atomic<bool> openHangs { false }; ///< until it is cancelled, or 10 s
+
     std::atomic<int> delivered { 0 };
     std::atomic<int> endBatches { 0 };
     std::atomic<int> opens { 0 };
