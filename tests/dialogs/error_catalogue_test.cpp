@@ -7,6 +7,11 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
+#include <filesystem>
+#include <regex>
+#include <thread>
+
 using testing::HasSubstr;
 
 namespace {
@@ -29,12 +34,15 @@ protected:
 
 TEST_F(ErrorCatalogueTest, ReadsEveryChildOfTheRootAndTheLaterOfTwoWins)
 {
-    catalogue.getErrorCode(write("<?xml version=\"1.0\" encoding=\"UTF-8\"?><any>"
-                                 "<e id=\"-40\" ishow=\"1\" ierror=\"0\">旧</e>"
-                                 "<other id=\"7\" ishow=\"yes\" ierror=\"2\">卡纸</other>"
-                                 "<e id=\"-40\" ishow=\"0\" ierror=\"1\">扫描仪无纸</e>"
-                                 "<e id=\"8\" ierror=\"0\"/></any>"));
-    ASSERT_EQ(catalogue.size(), 3U);
+    catalogue.getErrorCode(
+        write("<?xml version=\"1.0\" encoding=\"UTF-8\"?><any>"
+              "<e id=\"-40\" ishow=\"1\" ierror=\"0\">旧</e>"
+              "<other id=\"7\" ishow=\"yes\" ierror=\"2\">卡纸</other>"
+              "<e id=\"-40\" ishow=\"0\" ierror=\"1\">扫描仪无纸</e>"
+              "<e id=\"8\" ierror=\"0\"/>"
+              "<e id=\"9\" ierror=\"0\"><!-- ! --><b>打开</b>上盖 &lt;1&gt;</e></any>"));
+    ASSERT_EQ(catalogue.size(), 4U);
+    EXPECT_EQ(catalogue.find(9)->contents, QStringLiteral("打开上盖 <1>"));
     const ErrorEntry* noPaper = catalogue.find(-40);
     ASSERT_NE(noPaper, nullptr);
     EXPECT_EQ(noPaper->contents, QStringLiteral("扫描仪无纸"));
@@ -122,4 +130,46 @@ TEST_F(ErrorCatalogueTest, TenThousandEntriesBehindALongPath)
     EXPECT_EQ(catalogue.size(), 10000U);
     ASSERT_NE(catalogue.find(-9999), nullptr);
     EXPECT_EQ(catalogue.find(-9999)->contents, QStringLiteral("第9999条"));
+}
+
+TEST_F(ErrorCatalogueTest, ReplacedWhileItIsReadItIsOneOrTheOther)
+{
+    const auto text = [](const char* contents) {
+        std::string xml = "<r>";
+        for (int code = 1; code <= 500; ++code) {
+            xml += "<e id='" + std::to_string(code) + "' ishow='1' ierror='1'>" + contents + "</e>";
+        }
+        return xml + "</r>";
+    };
+    const QString path = write(text("旧"));
+    std::atomic<bool> stop { false };
+    std::thread editor([&] {
+        for (int i = 0; !stop; ++i) { // as an editor saves: beside it, then in its place
+            writeBytes(Sandbox::path("new.xml"), text(i % 2 == 0 ? "新" : "旧"));
+            std::filesystem::rename(Sandbox::path("new.xml"), path.toStdString());
+        }
+    });
+    for (int i = 0; i < 100; ++i) {
+        catalogue.getErrorCode(path);
+        ASSERT_EQ(catalogue.size(), 500U);
+        ASSERT_EQ(catalogue.find(1)->contents, catalogue.find(500)->contents);
+    }
+    stop = true;
+    editor.join();
+}
+
+TEST_F(ErrorCatalogueTest, TheInstalledOneTellsWhatToDoForEveryCodeOfTheLibrary)
+{
+    catalogue.getErrorCode(QStringLiteral(TARVEX_SOURCE_DIR "/packaging/ErrorCode.xml"));
+    const std::string header = readBytes(TARVEX_SOURCE_DIR "/sdk/result_codes.h");
+    const std::regex line("\n +k[A-Za-z]+ = (-[0-9]+),");
+    std::size_t codes = 0;
+    for (std::sregex_iterator at(header.begin(), header.end(), line), end; at != end; ++at) {
+        ++codes;
+        const ErrorEntry* entry = catalogue.find(std::stoi((*at)[1]));
+        ASSERT_NE(entry, nullptr) << at->str();
+        EXPECT_TRUE(entry->contents.contains(QStringLiteral("。"))) << at->str();
+    }
+    EXPECT_GE(codes, 30U);
+    EXPECT_EQ(catalogue.size(), codes) << "a text for a code that the library does not give";
 }

@@ -24,18 +24,6 @@ protected:
 
 } // namespace
 
-TEST_F(StatusDialogTest, FormIsTheOneGiven)
-{
-    EXPECT_EQ(dialog.objectName(), QStringLiteral("StatusDialog"));
-    EXPECT_EQ(dialog.size(), QSize(165, 134));
-    EXPECT_TRUE(dialog.isModal());
-    EXPECT_EQ(button->geometry(), QRect(60, 100, 80, 22));
-    EXPECT_EQ(label->geometry(), QRect(10, 20, 131, 71));
-    EXPECT_EQ(label->text(), QStringLiteral("TextLabel"));
-    EXPECT_EQ(label->font().pointSize(), 10);
-    EXPECT_EQ(button->font().pointSize(), 10);
-}
-
 TEST_F(StatusDialogTest, TextsByCodeWithAndWithoutRecognition)
 {
     struct Case
@@ -121,6 +109,26 @@ TEST_F(StatusDialogTest, EnterClosesTheTotalsButNeverCancelsARunningScan)
     QTest::keyClick(dialog.windowHandle(), Qt::Key_Return);
     EXPECT_FALSE(dialog.isVisible());
     EXPECT_EQ(cancelled.count(), 0);
+}
+
+TEST_F(StatusDialogTest, EscapeAndTheTitleBarDoWhatTheButtonDoes)
+{
+    dialog.ShowStatusInfo(-1, 0, 0, -1);
+    dialog.show();
+    QTest::keyClick(&dialog, Qt::Key_Escape);
+    dialog.close();
+    EXPECT_TRUE(dialog.isVisible()) << "no button, nothing to do";
+
+    dialog.ShowStatusInfo(0, 1, 1, -1);
+    QTest::keyClick(&dialog, Qt::Key_Escape);
+    EXPECT_FALSE(dialog.isVisible());
+    EXPECT_EQ(cancelled.count(), 1);
+
+    dialog.ShowStatusInfo(1, 1, 1, -1);
+    dialog.show();
+    dialog.close();
+    EXPECT_FALSE(dialog.isVisible());
+    EXPECT_EQ(cancelled.count(), 1);
 }
 
 TEST_F(StatusDialogTest, LargeCountsAreNotCut)

@@ -3,11 +3,13 @@
 #include "tests/support/sandbox.h"
 
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstring>
 #include <ctime>
 #include <filesystem>
@@ -157,16 +159,47 @@ TEST_F(JobLogTest, cutsALineAt4095BytesAndNamesFilesByTheTag)
 
 TEST_F(JobLogTest, aBlockThatCannotBeWrittenIsToldToTheRunLog)
 {
+    const std::string day = file("2024-3/tarvex-base-pro-2024_3_7.log");
+    const auto expectTold = [&](const char* reason) {
+        InstituteOfInformation record = batch();
+        m_log.AddBatch(&record);
+        EXPECT_THAT(
+            Sandbox::runLog(), HasSubstr("job log " + day + " cannot be written: " + reason));
+    };
     writeBytes(file("2024-3"), "a file where the month's folder should be");
+    expectTold("Not a directory");
+    std::filesystem::remove(file("2024-3"));
+    std::filesystem::create_directories(file("2024-3"));
+    std::filesystem::create_symlink("/dev/full", day);
+    expectTold("No space left on device");
+
+    // removed altogether, it is made again
+    std::filesystem::remove_all(m_folder);
     InstituteOfInformation record = batch();
     m_log.AddBatch(&record);
-    EXPECT_THAT(Sandbox::runLog(),
-        HasSubstr("job log " + file("2024-3/tarvex-base-pro-2024_3_7.log")
-            + " cannot be written: Not a directory"));
+    EXPECT_THAT(readBytes(day), HasSubstr(kBlockStart));
 }
 
-TEST_F(JobLogTest, blocksOfTwoProcessesAndTwoThreadsNeverMix)
+TEST_F(JobLogTest, aBlockThatDoesNotFitLeavesTheFileAsItWas)
 {
+    InstituteOfInformation record = batch();
+    m_log.AddBatch(&record);
+    const std::string before = readBytes(file("2024-3/tarvex-base-pro-2024_3_7.log"));
+    const pid_t other = ::fork(); // the limit is not for this process
+    if (other == 0) {
+        ::signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit { before.size() + 100, RLIM_INFINITY };
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        m_log.AddBatch(&record);
+        ::_exit(0);
+    }
+    ASSERT_EQ(::waitpid(other, nullptr, 0), other);
+    EXPECT_EQ(readBytes(file("2024-3/tarvex-base-pro-2024_3_7.log")), before);
+}
+
+TEST_F(JobLogTest, blocksOfTwoUsersAndTwoThreadsNeverMix)
+{
+    ASSERT_EQ(::chmod(m_folder.c_str(), 0777), 0) << "a folder for all";
     constexpr int kBlocks = 40;
     const auto writeBlocks = [this](const std::string& who) {
         for (int i = 0; i < kBlocks; ++i) {
@@ -178,8 +211,12 @@ TEST_F(JobLogTest, blocksOfTwoProcessesAndTwoThreadsNeverMix)
     };
     const pid_t other = ::fork();
     if (other == 0) {
+        constexpr uid_t kAnotherUser = 54321;
+        // only root can become another user
+        const bool ready =
+            ::geteuid() != 0 || ::setresuid(kAnotherUser, kAnotherUser, kAnotherUser) == 0;
         writeBlocks("p");
-        ::_exit(0);
+        ::_exit(ready ? 0 : 1);
     }
     std::thread first(writeBlocks, "a");
     std::thread second(writeBlocks, "b");

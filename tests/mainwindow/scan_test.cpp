@@ -36,13 +36,6 @@ Window* shown()
 
 } // namespace
 
-// The sanitizers slow everything down several times; the requirement is for real builds.
-#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
-constexpr int kClickToScanMs = 1000;
-#else
-constexpr int kClickToScanMs = 100;
-#endif
-
 class Scan : public WindowTest
 {
 protected:

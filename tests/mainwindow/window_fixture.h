@@ -17,6 +17,13 @@
 #include <string>
 #include <vector>
 
+// The sanitizers slow everything down several times; the requirement is for real builds.
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+inline constexpr int kClickToScanMs = 1000;
+#else
+inline constexpr int kClickToScanMs = 100;
+#endif
+
 /// Remembers what was to be opened with the desktop's applications.
 class OpenedUrls : public QObject
 {

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <thread>
 
 using namespace rules;
 
@@ -71,23 +70,6 @@ TEST(ScanProgress, CountersOfOneJobStartAnewAndTheSerialCounterRunsOn)
     static_cast<void>(onScanState(2, false, job));
     EXPECT_EQ(job.serial, 3);
     EXPECT_EQ(job.filesOfJob(job.serial), 2);
-}
-
-TEST(ScanProgress, NoCountIsLostBetweenThreads)
-{
-    JobCounters job;
-    const auto report = [&job] {
-        for (int n = 0; n < 10000; ++n) {
-            static_cast<void>(onScanState(1, false, job));
-            static_cast<void>(onScanState(2, false, job));
-        }
-    };
-    std::thread other(report);
-    report();
-    other.join();
-    EXPECT_EQ(job.scanned, 20000);
-    EXPECT_EQ(job.saved, 20000);
-    EXPECT_EQ(job.serial, 20000);
 }
 
 TEST(ScanProgress, OnlyAScanLogsItsErrorAndHoldsTheMonitor)
