@@ -1,14 +1,13 @@
-// The scripted device behind the fake library: one member a entry point, named by its symbol, and
-// the script that sets what they answer.
+// The scripted device behind the fake library: one member a entry point, named by its symbol. What
+// a script can set is in fake_state.h.
 #pragma once
 
 #include "sdk/records.h"
+#include "sdk/result_codes.h"
 #include "tests/fake_sdk/fake_job.h"
+#include "tests/fake_sdk/fake_state.h"
 
-#include <array>
 #include <atomic>
-#include <deque>
-#include <map>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -16,59 +15,6 @@
 #include <vector>
 
 namespace fake {
-
-struct Device
-{
-    std::string name, vidPid, serial, version1, version2, deviceClass;
-};
-
-struct Paper
-{
-    std::string name;
-    std::array<double, 4> extent {}; ///< left, top, width, height in millimetres
-};
-
-struct Resolution
-{
-    std::string name;
-    int x = 0;
-    int y = 0;
-};
-
-struct ForcedResult
-{
-    int code = 0;
-    int times = -1; ///< -1 always
-};
-
-/// What a script can set. The key -1 of papers and resolutions stands for every source.
-struct State
-{
-    std::vector<Device> devices;
-    std::vector<std::string> sources;
-    std::map<int, std::vector<Paper>> papers;
-    std::map<int, std::vector<Resolution>> resolutions;
-    std::vector<stFileTypeParam> fileTypes;
-    std::string deviceInfo;
-    bool deviceInfoTerminated = true;
-    int sleepTime = 0;
-    int autoOffTime = 0;
-    int havePaper = 1;
-    std::deque<int> buttons;
-    std::map<std::string, ForcedResult> results;
-    std::map<std::string, int> delaysMs;
-    JobScript job;
-
-    int device = -1;
-    int source = 0;
-    int colorMode = 0;
-    Paper area;
-    Resolution resolution { "200", 200, 200 };
-    float prefeed = 0.0F;
-    std::string folder; ///< szFilePath of the last SetFileParam
-};
-
-State factoryState();
 
 /// Any thread.
 class Scanner
@@ -90,13 +36,25 @@ public:
 #include "sdk/entry_points.def"
 
 private:
-    void runLine(const std::string& line);
     void reset();
-    const Device* currentDevice() const;
-    const std::vector<Paper>& papers() const;
-    const std::vector<Resolution>& resolutions() const;
     void readControl(const std::string& path);
     void stopControl();
+    /// Runs the body with the state in hand.
+    template <typename Body>
+    int with(Body body)
+    {
+        const std::lock_guard<std::mutex> guard(m_mutex);
+        return body(m_state);
+    }
+    /// The same for the chosen device; kNoScannerSelected without one.
+    template <typename Body>
+    int withDevice(Body body)
+    {
+        return with([&](State& state) {
+            return holds(state.devices, state.device) ? body(rowAt(state.devices, state.device))
+                                                      : static_cast<int>(orva::kNoScannerSelected);
+        });
+    }
 
     std::mutex m_mutex;
     State m_state;
