@@ -121,9 +121,8 @@ bool MainWindow::parkWhilePaused()
         m_keys.parked = 1;
         m_keys.paused = 1;
         notifyWaiters();
-        while (m_keys.running == 0 && m_keys.exit == 0) {
-            ::pthread_cond_wait(&KeyPressCond, &KeyPressMutex);
-        }
+        // once: a resume that was taken back before this thread woke up is acknowledged anew
+        ::pthread_cond_wait(&KeyPressCond, &KeyPressMutex);
         m_keys.parked = 0;
         runLog("+++++++++++KeyPressStatus = stop 2 ++++++++++++++++");
         runLog("[2:func:%s] cond_wait ", "GetScannerKeyStatus");

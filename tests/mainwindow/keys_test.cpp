@@ -110,7 +110,10 @@ TEST_F(Keys, APauseOfAParkedMonitorWaitsForTheResumeOnItsWay)
         emit window().SignalThreadKeyStart();
     });
     const int before = logCount("JudgeSet KeyPress is Not ok!");
+    QElapsedTimer waited;
+    waited.start();
     window().ThreadKeyPause();
+    EXPECT_LT(waited.elapsed(), 2000) << "a resume that is taken back at once is acknowledged";
     late.join();
     EXPECT_GE(logCount("JudgeSet KeyPress is Not ok!") - before, 3) << "a line each retry time";
     EXPECT_TRUE(logHas("keyPress thread pause already"));
@@ -131,9 +134,14 @@ TEST_F(Keys, PausesAndResumesFromSeveralThreadsAlwaysEnd)
     });
     QElapsedTimer all;
     all.start();
+    qint64 longest = 0;
     for (int i = 0; i < 200; ++i) {
+        QElapsedTimer one;
+        one.start();
         window().ThreadKeyPause();
+        longest = std::max(longest, one.elapsed());
     }
+    EXPECT_LT(longest, 2000);
     stop = true;
     resumer.join();
     EXPECT_LT(all.elapsed(), 20000);
