@@ -185,6 +185,7 @@ Status SpoolFolder::store(const std::string& name, const std::vector<std::uint8_
         return fileFailure(errno, file);
     }
     Status status = writeAll(handle, bytes.data(), bytes.size(), file);
+    sync_file_range(handle, 0, 0, SYNC_FILE_RANGE_WRITE); // begins, does not wait
     if (close(handle) != 0 && status.ok()) {
         status = fileFailure(errno, file);
     }

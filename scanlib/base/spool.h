@@ -13,9 +13,10 @@
 
 namespace orva {
 
-/// One job's folder. Held by a lock as long as the object lives. Payloads are written without
-/// flushing the disk: they guard against the death of the process; the output file is what is
-/// flushed.
+/// One job's folder. Held by a lock as long as the object lives. Payloads guard against the death
+/// of the process. Writing them to the medium is begun at once but not waited for: on a disk that
+/// turns, a wait a side (payload, journal, folder) would halve the speed of a fast feeder, and it
+/// would guard the last seconds before a loss of power only. The output file is flushed.
 class SpoolFolder
 {
 public:

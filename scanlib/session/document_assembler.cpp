@@ -2,12 +2,17 @@
 
 #include "scanlib/base/library_log.h"
 
+#include <sys/stat.h>
+
 #include <ctime>
 #include <utility>
 
 namespace orva {
 
 namespace {
+
+/// Behind the names of files that were made of the pages of a dead job.
+constexpr const char* kRecoveredMark = "_恢复";
 
 std::string extensionOf(FileFormat format)
 {
@@ -19,29 +24,88 @@ std::string extensionOf(FileFormat format)
     return "dat";
 }
 
+/// When the page was put on disk.
+std::chrono::system_clock::time_point fileTime(const std::filesystem::path& file)
+{
+    struct stat info
+    {
+    };
+    if (stat(file.c_str(), &info) != 0) {
+        return std::chrono::system_clock::now();
+    }
+    const auto sinceEpoch =
+        std::chrono::seconds(info.st_mtim.tv_sec) + std::chrono::nanoseconds(info.st_mtim.tv_nsec);
+    return std::chrono::system_clock::time_point(
+        std::chrono::duration_cast<std::chrono::system_clock::duration>(sinceEpoch));
+}
+
 } // namespace
 
 DocumentAssembler::DocumentAssembler(const OutputSettings& output, const OutputFormat& format,
-    JobJournal& journal, FileSaved onSaved, unsigned long long filesBefore)
+    JobJournal& journal, FileSaved onSaved)
     : m_output(output)
     , m_format(format)
     , m_journal(journal)
     , m_onSaved(std::move(onSaved))
     , m_store(output.folder, output.sameName)
-    , m_names(output.naming, filesBefore)
+    , m_names(output.naming)
     , m_extension(extensionOf(output.format))
 {
 }
 
-Status DocumentAssembler::reserveNext(OpenDocument& document, const std::string& stream)
+DocumentAssembler::DocumentAssembler(const OutputSettings& output, const OutputFormat& format,
+    JobJournal& journal, FileSaved onSaved, Resumption resumed)
+    : m_output(output)
+    , m_format(format)
+    , m_journal(journal)
+    , m_onSaved(std::move(onSaved))
+    , m_store(output.folder, SameName::kAddNumber)
+    , m_resumed(std::move(resumed))
+    , m_names(output.naming, m_resumed->files, [this] { return m_scanTime; })
+    , m_extension(extensionOf(output.format))
 {
-    if (!m_names.passesOverTakenNames()) {
-        return m_store.reserve(m_names.next(stream), m_extension, document.place);
+}
+
+/// What the job itself would have named the file, then the mark.
+Status DocumentAssembler::reserveResumed(OpenDocument& document, const EncodedPage& page)
+{
+    m_scanTime = fileTime(page.file);
+    const auto begun = m_resumed->names.find(page.stream);
+    std::string stem;
+    if (m_output.multiPage && begun != m_resumed->names.end()) {
+        stem = begun->second;
+    } else {
+        stem = m_names.next(page.stream);
+        bool taken = m_names.passesOverTakenNames();
+        while (taken) {
+            if (Status status = m_store.reserveIfFree(stem, m_extension, document.place, taken);
+                !status.ok()) {
+                return status;
+            }
+            stem = taken ? m_names.next(page.stream) : stem;
+        }
+        document.place.abandon();
+    }
+    return m_store.reserve(stem + kRecoveredMark, m_extension, document.place);
+}
+
+Status DocumentAssembler::reserveNext(OpenDocument& document, const EncodedPage& page)
+{
+    if (m_resumed) {
+        return reserveResumed(document, page);
     }
     Status status;
-    bool taken = true;
-    while (status.ok() && taken) {
-        status = m_store.reserveIfFree(m_names.next(stream), m_extension, document.place, taken);
+    if (!m_names.passesOverTakenNames()) {
+        status = m_store.reserve(m_names.next(page.stream), m_extension, document.place);
+    } else {
+        bool taken = true;
+        while (status.ok() && taken) {
+            status = m_store.reserveIfFree(
+                m_names.next(page.stream), m_extension, document.place, taken);
+        }
+    }
+    if (status.ok() && m_output.multiPage) {
+        m_journal.noteName(page.stream, document.place.stem());
     }
     return status;
 }
@@ -99,7 +163,7 @@ Status DocumentAssembler::rebuild(OpenDocument& document)
 Status DocumentAssembler::addAsFile(EncodedPage page)
 {
     OpenDocument document;
-    Status status = reserveNext(document, page.stream);
+    Status status = reserveNext(document, page);
     if (status.ok()) {
         status = begin(document);
     }
@@ -118,7 +182,7 @@ Status DocumentAssembler::addToDocument(EncodedPage page)
     OpenDocument& document = m_open[page.stream];
     Status status;
     if (!document.writer) {
-        status = reserveNext(document, page.stream);
+        status = reserveNext(document, page);
         if (status.ok()) {
             status = begin(document);
         }

@@ -7,13 +7,22 @@
 #include "scanlib/session/job_journal.h"
 #include "scanlib/session/job_settings.h"
 
+#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace orva {
+
+/// What a job had come to before it died, for the files that are made of its pages afterwards.
+struct Resumption
+{
+    unsigned long long files = 0; ///< that exist already; their serials are not given again
+    std::map<std::string, std::string> names; ///< of documents that were begun, by stream
+};
 
 /// One thread.
 class DocumentAssembler
@@ -22,9 +31,13 @@ public:
     /// Told the full path of each file once it is complete on disk under its name.
     using FileSaved = std::function<void(const std::string& path)>;
 
-    /// `filesBefore`: files of the same job that exist already; their serials are not given again.
+    /// For a running job.
     DocumentAssembler(const OutputSettings& output, const OutputFormat& format, JobJournal& journal,
-        FileSaved onSaved, unsigned long long filesBefore = 0);
+        FileSaved onSaved);
+    /// For one that died: each file gets the name that it would have had, with a mark behind it. A
+    /// time stamp is that of the scan.
+    DocumentAssembler(const OutputSettings& output, const OutputFormat& format, JobJournal& journal,
+        FileSaved onSaved, Resumption resumed);
 
     /// The next page, in page order, its payload spooled. After a failure the pages that are in no
     /// finished file stay in the journal's folder; a further page begins a new file.
@@ -41,7 +54,8 @@ private:
         std::vector<EncodedPage> pages;
     };
 
-    Status reserveNext(OpenDocument& document, const std::string& stream);
+    Status reserveNext(OpenDocument& document, const EncodedPage& page);
+    Status reserveResumed(OpenDocument& document, const EncodedPage& page);
     Status begin(OpenDocument& document);
     Status addAsFile(EncodedPage page);
     Status addToDocument(EncodedPage page);
@@ -53,6 +67,8 @@ private:
     JobJournal& m_journal;
     const FileSaved m_onSaved;
     OutputStore m_store;
+    std::optional<Resumption> m_resumed;
+    std::chrono::system_clock::time_point m_scanTime; ///< of the page being added, when resumed
     NameSequence m_names;
     std::string m_extension;
     std::map<std::string, OpenDocument> m_open; ///< by stream tag

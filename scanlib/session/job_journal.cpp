@@ -205,6 +205,16 @@ Status JobJournal::store(EncodedPage& page)
     return {};
 }
 
+void JobJournal::noteName(const std::string& stream, const std::string& stem)
+{
+    const Json json = line("name");
+    cJSON_AddStringToObject(json.get(), "stream", stream.c_str());
+    cJSON_AddStringToObject(json.get(), "stem", stem.c_str());
+    if (const Status status = m_folder.note(printed(json)); !status.ok()) {
+        libraryLog("journal: %s", status.detail().c_str());
+    }
+}
+
 void JobJournal::noteCommit(const std::filesystem::path& hidden, const std::filesystem::path& file,
     const std::vector<EncodedPage>& pages)
 {
@@ -264,6 +274,8 @@ JobJournal::Leftover JobJournal::leftover() const
             if (isWhole(page, numberOf(json, "bytes"))) {
                 result.unsaved.push_back(std::move(page));
             }
+        } else if (kind == "name") {
+            result.names[textOf(json, "stream")] = textOf(json, "stem");
         } else if (kind == "commit") {
             commits.push_back(commitOf(json, m_folder.path()));
         } else if (kind == "void" && !commits.empty()) {

@@ -7,6 +7,7 @@
 #include "scanlib/session/job_settings.h"
 
 #include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,8 @@ public:
     Status begin(const std::filesystem::path& spoolRoot, const OutputSettings& output);
     /// Puts the payload on disk; page.file tells where it is, page.bytes is not needed any more.
     Status store(EncodedPage& page);
+    /// The file that takes the pages of a stream from now on has this name, without extension.
+    void noteName(const std::string& stream, const std::string& stem);
     /// The hidden file holds the pages and is about to get its name. Written down first: after a
     /// crash between the two, the same file under that name tells that the pages are saved.
     void noteCommit(const std::filesystem::path& hidden, const std::filesystem::path& file,
@@ -41,6 +44,7 @@ public:
         OutputSettings output;
         std::vector<EncodedPage> unsaved; ///< whole payloads, in page order
         unsigned long long files = 0; ///< that the job had finished
+        std::map<std::string, std::string> names; ///< of documents, the last one of each stream
     };
     Leftover leftover() const;
     void remove() { m_folder.remove(); }

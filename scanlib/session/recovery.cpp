@@ -39,12 +39,12 @@ Status writePages(
     if (format == nullptr) {
         return { kFormatNotSupported, "no writer for the format" };
     }
-    left.output.sameName = SameName::kAddNumber;
     const auto tell = [&](const std::string& file) {
         ++files;
-        libraryLog("recovered %s", file.c_str());
+        libraryLog("recovered pages of an interrupted job: %s", file.c_str());
     };
-    DocumentAssembler assembler(left.output, *format, journal, tell, left.files);
+    DocumentAssembler assembler(
+        left.output, *format, journal, tell, { left.files, std::move(left.names) });
     Status first;
     for (EncodedPage& page : left.unsaved) {
         if (Status status = assembler.add(std::move(page)); !status.ok()) {

@@ -9,9 +9,10 @@
 
 namespace orva {
 
-/// Writes the pages of dead jobs into the folders that they were meant for, under free names
-/// (nothing is replaced), and removes hidden files of dead jobs. What cannot be written stays.
-/// Returns the number of files made. Any thread; stops between two jobs when it is cancelled.
+/// Writes the pages of dead jobs into the folders that they were meant for, under the names that
+/// their files would have had with "_恢复" behind them (nothing is replaced), and removes hidden
+/// files of dead jobs. What cannot be written stays. Returns the number of files made. Any thread;
+/// stops between two jobs when it is cancelled.
 int recoverJobs(
     const std::filesystem::path& spoolRoot, const PageTools& tools, const CancelToken& cancel);
 

@@ -4,9 +4,12 @@
 #include "scanlib/session/recovery.h"
 #include "tests/scanlib/session/fakes.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <ctime>
 #include <future>
 #include <random>
 #include <thread>
@@ -116,7 +119,62 @@ TEST_F(AnyOrder, theNamesOfRecoveredPagesGoOnWhereTheJobStopped)
     restart();
     ASSERT_TRUE(waitForFiles(static_cast<std::size_t>(reported)));
     EXPECT_EQ(savedPages(), upTo(reported)) << "in the order of their names";
-    EXPECT_EQ(visibleNames().back(), "00" + std::to_string(reported) + ".jpg");
+    EXPECT_EQ(visibleNames().back(), "00" + std::to_string(reported) + "_恢复.jpg");
+}
+
+TEST_F(AnyOrder, recoveredFilesHaveTheNamesTheyWouldHaveHad)
+{
+    session.reset();
+    const std::filesystem::path spool = folder.path() / "spool";
+    const struct
+    {
+        bool multiPage;
+        bool timeNamed;
+        const char* serial;
+        const char* begun; ///< name of the document, when one was begun
+        const char* there; ///< a file of another job
+        std::vector<std::string> made;
+    } cases[] = {
+        { true, true, "", "A20240102", "x.pdf", { "A20240102_恢复.pdf", "x.pdf" } },
+        { true, false, "007", "007_2", "007.pdf", { "007.pdf", "007_2_恢复.pdf" } },
+        { true, false, "007", nullptr, "007_恢复.pdf", { "007_恢复.pdf", "007_恢复_2.pdf" } },
+        { false, false, "007", nullptr, "x.jpg", { "007_恢复.jpg", "008_恢复.jpg", "x.jpg" } },
+        { false, false, "", nullptr, "1.jpg", { "1.jpg", "2_恢复.jpg", "3_恢复.jpg" } },
+        // 2024-01-02 at noon, as the payloads say
+        { false, true, "", nullptr, "x.jpg",
+            { "20240102120000000_恢复.jpg", "20240102120000001_恢复.jpg", "x.jpg" } },
+    };
+    for (const auto& each : cases) {
+        writeFile(output / each.there, "end 0\n");
+        OutputSettings wanted = settings();
+        wanted.multiPage = each.multiPage;
+        wanted.format = each.multiPage ? FileFormat::kPdf : FileFormat::kJpg;
+        wanted.naming.timeNamed = each.timeNamed;
+        wanted.naming.serialStart = each.serial;
+        {
+            JobJournal dead;
+            ASSERT_TRUE(dead.begin(spool, wanted).ok());
+            for (int number = 1; number <= 2; ++number) {
+                EncodedPage stored = page(number, "page " + std::to_string(number) + "\n");
+                ASSERT_TRUE(dead.store(stored).ok());
+                std::tm noon {};
+                noon.tm_year = 2024 - 1900;
+                noon.tm_mday = 2;
+                noon.tm_hour = 12;
+                noon.tm_isdst = -1;
+                const timespec times[2] = { { std::mktime(&noon), 0 }, { std::mktime(&noon), 0 } };
+                ASSERT_EQ(utimensat(AT_FDCWD, stored.file.c_str(), times, 0), 0);
+            }
+            if (each.begun != nullptr) {
+                dead.noteName("", each.begun);
+            }
+        }
+        recoverJobs(spool, fakeTools(pages), CancelToken());
+        EXPECT_EQ(visibleNames(), each.made);
+        EXPECT_EQ(savedPages(), upTo(2));
+        std::filesystem::remove_all(output);
+        std::filesystem::create_directory(output);
+    }
 }
 
 TEST_F(AnyOrder, recoveryPassesOverADamagedPayloadAndSavesTheOthers)

@@ -67,13 +67,14 @@ protected:
 TEST_F(KilledJob, leavesNoBrokenFileAndItsPagesComeBackAtTheNextStart)
 {
     std::mt19937 random(11);
-    device.sheets = 40;
+    device.sheets = 100;
     device.perSide = 1ms;
     int killedInTheMiddle = 0;
+    int marked = 0;
     for (int round = 0; round < 16; ++round) {
         const bool multiPage = round % 2 == 0;
         const int reported = runAndKill(
-            multiPage, static_cast<int>(random() % 36), std::chrono::microseconds(random() % 3000));
+            multiPage, static_cast<int>(random() % 96), std::chrono::microseconds(random() % 3000));
         killedInTheMiddle += reported > 0 && reported < device.sheets ? 1 : 0;
         for (const std::string& name : visibleNames()) {
             EXPECT_NE(pagesOf(output / name), std::vector<int> { -1 }) << name << " is broken";
@@ -89,9 +90,18 @@ TEST_F(KilledJob, leavesNoBrokenFileAndItsPagesComeBackAtTheNextStart)
                 << "side " << number << " of " << reported << " is lost";
         }
         EXPECT_EQ(namesIn(output), visibleNames()) << "hidden files are left";
+        for (const std::string& name : visibleNames()) {
+            const std::string serial =
+                multiPage ? "001" : serialAt("001", pagesOf(output / name).front() - 1U);
+            EXPECT_TRUE(multiPage ? name == "001.pdf" || name == "001_恢复.pdf"
+                                  : name == serial + ".jpg" || name == serial + "_恢复.jpg")
+                << name;
+            marked += name.find("_恢复") != std::string::npos ? 1 : 0;
+        }
         EXPECT_TRUE(namesIn(folder.path() / "spool").empty());
         std::filesystem::remove_all(output);
         std::filesystem::create_directory(output);
     }
     EXPECT_GT(killedInTheMiddle, 3) << "the test must hit running jobs";
+    EXPECT_GT(marked, killedInTheMiddle / 2) << "recovered files carry the mark";
 }
