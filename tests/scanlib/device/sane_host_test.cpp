@@ -165,6 +165,33 @@ TEST_F(SaneHelper, ASearchThatCrashesOrHangsFindsNothingAndTheNextOneDoes)
     EXPECT_TRUE(orva::makeSaneDriver(parts)->enumerate(1s).empty());
 }
 
+/// Also when the driver is within a call that never returns, and the library had no time to say
+/// good-bye.
+TEST_F(SaneHelper, NeverOutlivesTheLibrary)
+{
+    list();
+    wish({ { "hang-read", "2" } });
+    const pid_t library = ::fork();
+    if (library == 0) {
+        runJob();
+        ::_exit(0);
+    }
+    std::vector<int> helpers;
+    for (int i = 0; i < 200 && helpers.empty(); ++i) {
+        std::this_thread::sleep_for(10ms);
+        helpers = runningHelpers(library);
+    }
+    std::this_thread::sleep_for(300ms); // into the second page
+    ::kill(library, SIGKILL);
+    ::waitpid(library, nullptr, 0);
+    ASSERT_EQ(helpers.size(), 1U);
+    const auto start = Clock::now();
+    while (isRunning(helpers.front()) && Clock::now() - start < 10s) {
+        std::this_thread::sleep_for(10ms);
+    }
+    EXPECT_LT(Clock::now() - start, 3s);
+}
+
 /// saned on a loopback address of its own, with SANE's test driver behind it.
 class Daemon
 {

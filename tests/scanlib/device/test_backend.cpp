@@ -53,8 +53,19 @@ orva::SaneParts testBackendParts()
     return { orva::processLauncher(TEST_SANE_HOST), limits, groups, {} };
 }
 
-std::vector<int> runningHelpers()
+bool isRunning(int process)
 {
+    std::ifstream stat("/proc/" + std::to_string(process) + "/stat");
+    int pid = 0;
+    std::string name;
+    char state = 'Z';
+    stat >> pid >> name >> state;
+    return state != 'Z';
+}
+
+std::vector<int> runningHelpers(int ofProcess)
+{
+    const int wanted = ofProcess != 0 ? ofProcess : ::getpid();
     std::vector<int> found;
     for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
         std::ifstream stat(entry.path() / "stat");
@@ -62,7 +73,7 @@ std::vector<int> runningHelpers()
         std::string name;
         char state = 0;
         int parent = 0;
-        if (stat >> pid >> name >> state >> parent && parent == ::getpid()
+        if (stat >> pid >> name >> state >> parent && parent == wanted
             && name.find("test-sane") != std::string::npos && state != 'Z') {
             found.push_back(pid);
         }

@@ -18,7 +18,8 @@ void wish(const BackendWishes& wishes);
 orva::SaneParts testBackendParts();
 /// The folder with dll.conf that SANE_CONFIG_DIR names; for scanimage.
 std::string testBackendFolder();
-/// Process numbers of the helpers that run now.
-std::vector<int> runningHelpers();
+/// Process numbers of the helpers that run now below a process; 0: below this one.
+std::vector<int> runningHelpers(int ofProcess = 0);
+bool isRunning(int process);
 
 } // namespace device_tests

@@ -30,6 +30,7 @@ struct Wishes
     std::string bentCall; ///< "open", "search", "read"
     int bentAt = 0; ///< which call of the kind, from 1; of "read": in which frame
     bool crash = false; ///< else it never returns
+    bool gone = false; ///< no scanner is attached any more
 };
 
 Wishes readWishes()
@@ -44,6 +45,8 @@ Wishes readWishes()
             wishes.faultAtStart = std::atoi(value.c_str());
         } else if (name == "fault") {
             wishes.fault = value;
+        } else if (name == "gone") {
+            wishes.gone = true;
         } else if (name.rfind("crash-", 0) == 0 || name.rfind("hang-", 0) == 0) {
             wishes.crash = name[0] == 'c';
             wishes.bentCall = name.substr(name.find('-') + 1);
@@ -102,12 +105,20 @@ void setOption(SANE_Handle handle, const std::string& name, const std::string& t
 SANE_Status getDevices(const SANE_Device*** list, SANE_Bool localOnly)
 {
     bend("search", 1);
+    static const SANE_Device* none[] = { nullptr };
+    if (wishes().gone) {
+        *list = none;
+        return SANE_STATUS_GOOD;
+    }
     return sane_get_devices(list, localOnly);
 }
 
 SANE_Status openAsWished(SANE_String_Const name, SANE_Handle* handle)
 {
     bend("open", 1);
+    if (wishes().gone) {
+        return SANE_STATUS_INVAL;
+    }
     const SANE_Status status = sane_open(name, handle);
     if (status == SANE_STATUS_GOOD) {
         for (const auto& [option, value] : wishes().options) {
