@@ -104,6 +104,14 @@ enum class TextOrientation : int
 inline constexpr std::array<std::string_view, 3> kTextOrientationTexts { "快速识别", "全文识别",
     "复杂识别" };
 
+/// FileParam::nDocType, the item order of the document type list and of the rows of GetImageParam
+enum class DocumentType : int
+{
+    kTextAndPictures = 0,
+    kText = 1,
+    kPictures = 2
+};
+
 /// FileParam::nTimeNamedType
 enum class DateOrder : int
 {

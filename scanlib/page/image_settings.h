@@ -16,6 +16,9 @@ struct ImageSettings
     int brightness = 0; ///< -100..100
     int contrast = 0; ///< -100..100
     int threshold = 128; ///< 0..255, grey values below it become black
+    /// Comes with the file settings, not with the record below. Of text the threshold counts
+    /// against the paper of each place, so that uneven light leaves no dark corners.
+    DocumentType document = DocumentType::kTextAndPictures;
     double gamma = 1.0; ///< 0.1..5.0
     RotateAngle rotate = RotateAngle::kNone;
     ColorDropout dropout = ColorDropout::kNone;

@@ -3,15 +3,14 @@
 
 #include "scanlib/base/library_log.h"
 #include "scanlib/page/ops/arrange.h"
-#include "scanlib/page/ops/background.h"
 #include "scanlib/page/ops/blank.h"
 #include "scanlib/page/ops/color_conversion.h"
 #include "scanlib/page/ops/denoise.h"
 #include "scanlib/page/ops/deskew.h"
 #include "scanlib/page/ops/dropout.h"
 #include "scanlib/page/ops/holes.h"
-#include "scanlib/page/ops/levels.h"
 #include "scanlib/page/ops/rotate.h"
+#include "scanlib/page/ops/threshold.h"
 #include "scanlib/page/ops/tone.h"
 
 #include <algorithm>
@@ -92,6 +91,26 @@ void dropBlankPages(PageGroup& group, const ImageSettings& settings)
     group.erase(std::remove_if(group.begin(), group.end(), isBlank), group.end());
 }
 
+void changeTones(PageGroup& group, const ImageSettings& settings)
+{
+    ToneRequest request;
+    request.removeBackground = settings.removeBackground;
+    request.autoLevels = settings.autoLevel;
+    request.brightness = settings.brightness;
+    request.contrast = settings.contrast;
+    request.gamma = settings.gamma;
+    forEachPage(group, [&](Page& page) { applyTones(page, request); });
+}
+
+void cutAtThreshold(Page& page, const ImageSettings& settings)
+{
+    if (settings.document == DocumentType::kText) {
+        toBlackWhiteByPaper(page, settings.threshold);
+    } else {
+        toBlackWhite(page, settings.threshold);
+    }
+}
+
 /// Every page in colour, grey and black-and-white.
 void makeStreams(PageGroup& group, const ImageSettings& settings)
 {
@@ -100,7 +119,7 @@ void makeStreams(PageGroup& group, const ImageSettings& settings)
         Page gray = page;
         toGray(gray);
         Page bits = gray;
-        toBlackWhite(bits, settings.threshold);
+        cutAtThreshold(bits, settings);
         page.stream = kColorStream;
         gray.stream = kGrayStream;
         bits.stream = kBlackWhiteStream;
@@ -142,21 +161,15 @@ constexpr Operation kOperations[] = {
                 }
             });
         } },
-    { "background", [](const ImageSettings& s) { return s.removeBackground; },
-        [](PageGroup& group, const ImageSettings&) { forEachPage(group, removeBackground); } },
-    { "levels", [](const ImageSettings& s) { return s.autoLevel; },
-        [](PageGroup& group, const ImageSettings&) { forEachPage(group, autoLevels); } },
-    { "tone", // replaced by automatic levels where they are on
+    { "tones",
         [](const ImageSettings& s) {
-            return !s.autoLevel && (s.brightness != 0 || s.contrast != 0 || s.gamma != 1.0);
+            return s.removeBackground || s.autoLevel || s.brightness != 0 || s.contrast != 0
+                || s.gamma != 1.0;
         },
-        [](PageGroup& group, const ImageSettings& s) {
-            const ToneTable table = toneTable(s.brightness, s.contrast, s.gamma);
-            forEachPage(group, [&](Page& page) { applyTone(page, table); });
-        } },
+        changeTones },
     { "threshold", [](const ImageSettings& s) { return s.mode == ColorMode::kBlackWhite; },
         [](PageGroup& group, const ImageSettings& s) {
-            forEachPage(group, [&](Page& page) { toBlackWhite(page, s.threshold); });
+            forEachPage(group, [&](Page& page) { cutAtThreshold(page, s); });
         } },
     { "rotate", [](const ImageSettings& s) { return s.rotate != RotateAngle::kNone; },
         [](PageGroup& group, const ImageSettings& s) {

@@ -160,6 +160,7 @@ private:
     EncodeOptions m_encode;
     bool m_hasImageParam = false;
     ImageParam m_imageParam {};
+    DocumentType m_documentType = DocumentType::kTextAndPictures;
     Status m_outputStatus { kBadFileName, "SetFileParam has not been called" };
     OutputSettings m_output;
     _tagPageParameter m_lastSide {};

@@ -31,6 +31,7 @@ Status Session::jobSettings(JobSettings& settings)
         settings.image = m_parts.tools.imageSettings(m_imageParam, m_acquire.mode);
     }
     settings.image.mode = m_acquire.mode;
+    settings.image.document = m_documentType;
     if (settings.image.dropout != ColorDropout::kNone) {
         const bool grey =
             m_acquire.mode == ColorMode::kGray || m_acquire.mode == ColorMode::kBlackWhite;

@@ -284,6 +284,7 @@ int Session::setFileParam(const FileParam& param)
         // After a refusal the next job is refused as well: files of an earlier folder or format
         // would not be what was asked for.
         m_outputStatus = outputSettingsFrom(param, m_parts.tools, m_output);
+        m_documentType = static_cast<DocumentType>(param.nDocType); // others count as mixed
         return m_outputStatus.code();
     });
 }

@@ -1,4 +1,4 @@
-// From colour to grey to black-and-white.
+// Between colour and grey.
 #pragma once
 
 #include "scanlib/base/page.h"
@@ -26,8 +26,5 @@ void grayRow(const Page& page, int y, std::uint8_t* out);
 void toGray(Page& page);
 /// 3 bytes a pixel, whatever came in. A colour page is left alone.
 void toRgb(Page& page);
-/// 1 bit a pixel; grey values below the threshold (0..255) become black. A black-and-white page is
-/// left alone.
-void toBlackWhite(Page& page, int threshold);
 
 } // namespace orva

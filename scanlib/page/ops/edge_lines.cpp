@@ -10,12 +10,12 @@ namespace orva {
 
 namespace {
 
-constexpr double kCoarseStep = 0.5 * units::kPi / 180;
+constexpr double kCoarseTurn = 0.5 * units::kPi / 180;
 constexpr double kCoarseBin = 4; // reduced pixels; covers the drift of half a coarse step
 constexpr std::size_t kCoarseStride = 4; // every fourth point will do
-constexpr double kFineStep = 0.1 * units::kPi / 180;
+constexpr double kFineTurn = 0.1 * units::kPi / 180;
 constexpr double kFineBin = 1;
-constexpr double kInlier = 1.5;
+constexpr double kAgreement = 1.5;
 constexpr int kRefinements = 3;
 
 /// Of one point in the sheet's axes: across its side and along it.
@@ -25,22 +25,12 @@ struct Projected
     double along = 0;
 };
 
-struct Axes
+Projected projected(const EdgePoint& point, std::size_t side, const SheetAxes& axes)
 {
-    explicit Axes(double radians)
-        : cosine(std::cos(radians))
-        , sine(std::sin(radians))
-    {
-    }
-    Projected of(const EdgePoint& point, std::size_t side) const
-    {
-        const double u = point.x * cosine + point.y * sine;
-        const double v = point.y * cosine - point.x * sine;
-        return side == kLeftSide || side == kRightSide ? Projected { u, v } : Projected { v, u };
-    }
-    double cosine;
-    double sine;
-};
+    const double u = axes.u(point.x, point.y);
+    const double v = axes.v(point.x, point.y);
+    return side == kLeftSide || side == kRightSide ? Projected { u, v } : Projected { v, u };
+}
 
 struct Peak
 {
@@ -48,13 +38,13 @@ struct Peak
     int votes = 0;
 };
 
-Peak peakOf(const std::vector<EdgePoint>& points, std::size_t side, const Axes& axes, double bin,
-    std::size_t stride, std::vector<int>& bins)
+Peak peakOf(const std::vector<EdgePoint>& points, std::size_t side, const SheetAxes& axes,
+    double bin, std::size_t stride, std::vector<int>& bins)
 {
     double least = 1e9;
     double most = -1e9;
     for (std::size_t i = 0; i < points.size(); i += stride) {
-        const double across = axes.of(points[i], side).across;
+        const double across = projected(points[i], side, axes).across;
         least = std::min(least, across);
         most = std::max(most, across);
     }
@@ -64,7 +54,7 @@ Peak peakOf(const std::vector<EdgePoint>& points, std::size_t side, const Axes& 
     }
     bins.assign(static_cast<std::size_t>((most - least) / bin) + 2, 0);
     for (std::size_t i = 0; i < points.size(); i += stride) {
-        ++bins[static_cast<std::size_t>((axes.of(points[i], side).across - least) / bin)];
+        ++bins[static_cast<std::size_t>((projected(points[i], side, axes).across - least) / bin)];
     }
     for (std::size_t i = 0; i + 1 < bins.size(); ++i) {
         if (bins[i] + bins[i + 1] > peak.votes) {
@@ -84,7 +74,7 @@ double bestAngle(
     const int steps = static_cast<int>(std::lround((to - from) / step));
     for (int i = 0; i <= steps; ++i) {
         const double radians = from + i * step;
-        const Axes axes(radians);
+        const SheetAxes axes(radians);
         int votes = 0;
         for (std::size_t side = 0; side < kSheetSides; ++side) {
             votes += peakOf(points[side], side, axes, bin, stride, bins).votes;
@@ -106,7 +96,7 @@ struct Agreeing
 };
 
 Agreeing agreeingWith(
-    const std::vector<EdgePoint>& points, std::size_t side, const Axes& axes, double across)
+    const std::vector<EdgePoint>& points, std::size_t side, const SheetAxes& axes, double across)
 {
     Agreeing result;
     double alongSum = 0;
@@ -114,9 +104,9 @@ Agreeing agreeingWith(
     double products = 0;
     double squares = 0;
     for (const EdgePoint& point : points) {
-        const Projected at = axes.of(point, side);
+        const Projected at = projected(point, side, axes);
         const double off = at.across - across;
-        if (std::abs(off) <= kInlier) {
+        if (std::abs(off) <= kAgreement) {
             ++result.count;
             alongSum += at.along;
             acrossSum += off;
@@ -139,12 +129,12 @@ EdgeLines fitEdgeLines(const EdgePoints& points, double mostRadians, std::size_t
 {
     EdgeLines lines;
     const double coarse =
-        bestAngle(points, -mostRadians, mostRadians, kCoarseStep, kCoarseBin, kCoarseStride);
+        bestAngle(points, -mostRadians, mostRadians, kCoarseTurn, kCoarseBin, kCoarseStride);
     lines.radians =
-        bestAngle(points, coarse - kCoarseStep, coarse + kCoarseStep, kFineStep, kFineBin, 1);
+        bestAngle(points, coarse - kCoarseTurn, coarse + kCoarseTurn, kFineTurn, kFineBin, 1);
     std::vector<int> bins;
     for (int round = 0; round < kRefinements; ++round) {
-        const Axes axes(lines.radians);
+        const SheetAxes axes(lines.radians);
         double product = 0;
         double square = 0;
         for (std::size_t side = 0; side < kSheetSides; ++side) {

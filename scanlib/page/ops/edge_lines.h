@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <vector>
 
@@ -24,7 +25,23 @@ inline constexpr std::size_t kSheetSides = 4;
 
 using EdgePoints = std::array<std::vector<EdgePoint>, kSheetSides>;
 
-/// Axes of the sheet: u = x cos + y sin along its top, v = y cos - x sin down its side.
+/// Axes of a tilted sheet: u along its top, v down its side.
+struct SheetAxes
+{
+    explicit SheetAxes(double radians)
+        : cosine(std::cos(radians))
+        , sine(std::sin(radians))
+    {
+    }
+    double u(double x, double y) const { return x * cosine + y * sine; }
+    double v(double x, double y) const { return y * cosine - x * sine; }
+    double x(double u, double v) const { return u * cosine - v * sine; }
+    double y(double u, double v) const { return u * sine + v * cosine; }
+
+    double cosine;
+    double sine;
+};
+
 struct EdgeLine
 {
     bool seen = false;

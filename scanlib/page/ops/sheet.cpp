@@ -163,21 +163,6 @@ EdgePoints edgePoints(const Page& gray, const Backing& backing)
     return points;
 }
 
-struct Axes
-{
-    explicit Axes(double radians)
-        : cosine(std::cos(radians))
-        , sine(std::sin(radians))
-    {
-    }
-    double u(double x, double y) const { return x * cosine + y * sine; }
-    double v(double x, double y) const { return y * cosine - x * sine; }
-    double x(double u, double v) const { return u * cosine - v * sine; }
-    double y(double u, double v) const { return u * sine + v * cosine; }
-    double cosine;
-    double sine;
-};
-
 struct Bounds
 {
     double left = 0;
@@ -187,7 +172,7 @@ struct Bounds
 };
 
 /// An unseen side is the farthest that the scanned area reaches.
-Bounds boundsOf(const EdgeLines& lines, const Page& gray, const Axes& axes)
+Bounds boundsOf(const EdgeLines& lines, const Page& gray, const SheetAxes& axes)
 {
     const double width = gray.width;
     const double height = gray.height;
@@ -205,8 +190,8 @@ Bounds boundsOf(const EdgeLines& lines, const Page& gray, const Axes& axes)
 
 /// Level at a share of what lies `near` to `far` inwards of a side (negative: outwards); -1 where
 /// too little of it is in the area.
-int levelAlong(const Page& gray, const Axes& axes, const Bounds& bounds, SheetSide side, int near,
-    int far, double share)
+int levelAlong(const Page& gray, const SheetAxes& axes, const Bounds& bounds, SheetSide side,
+    int near, int far, double share)
 {
     constexpr int kPlaces = 64;
     Histogram levels {};
@@ -232,7 +217,7 @@ int levelAlong(const Page& gray, const Axes& axes, const Bounds& bounds, SheetSi
 
 /// A line of print or a rule on white paper looks like a shadow, but there is the same paper to
 /// both sides of it, and it does not fade away outwards.
-void forgetSidesWithinPaper(EdgeLines& lines, const Page& gray, const Axes& axes)
+void forgetSidesWithinPaper(EdgeLines& lines, const Page& gray, const SheetAxes& axes)
 {
     const Bounds bounds = boundsOf(lines, gray, axes);
     for (const SheetSide side : { kLeftSide, kRightSide, kTopSide, kBottomSide }) {
@@ -247,7 +232,7 @@ void forgetSidesWithinPaper(EdgeLines& lines, const Page& gray, const Axes& axes
 }
 
 bool onlyBackingOutside(
-    const Page& gray, const Axes& axes, const Bounds& bounds, const Backing& backing)
+    const Page& gray, const SheetAxes& axes, const Bounds& bounds, const Backing& backing)
 {
     long outside = 0;
     long other = 0;
@@ -270,7 +255,7 @@ std::optional<TiltedRect> sheetOn(const Page& gray, const Backing& backing)
 {
     EdgeLines lines =
         fitEdgeLines(edgePoints(gray, backing), kMostSkewDegrees * units::kPi / 180.0, kLeastEdge);
-    const Axes axes(lines.radians);
+    const SheetAxes axes(lines.radians);
     if (!backing.dark) {
         forgetSidesWithinPaper(lines, gray, axes);
     }

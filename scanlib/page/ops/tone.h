@@ -1,4 +1,5 @@
-// Brightness, contrast and gamma in one look-up table and one pass.
+// All that changes the tones of a page, in one pass over it: background, automatic levels,
+// brightness, contrast and gamma.
 #pragma once
 
 #include "scanlib/base/page.h"
@@ -20,10 +21,20 @@ using ToneTable = std::array<std::uint8_t, 256>;
 ///     white stay.
 ToneTable toneTable(int brightness, int contrast, double gamma);
 
-/// Puts every byte of a grey or colour page through the table. Black-and-white pages have no tones
-/// and are left alone.
-void applyTone(Page& page, const ToneTable& table);
-/// The same with a table for each channel, red first; of a grey page the first one counts.
-void applyTone(Page& page, const std::array<ToneTable, 3>& tables);
+struct ToneRequest
+{
+    bool removeBackground = false;
+    bool autoLevels = false; ///< in place of the three below
+    int brightness = 0;
+    int contrast = 0;
+    double gamma = 1.0;
+};
+
+/// Grey and colour; black-and-white pages have no tones and are left alone.
+/// Background removal: the paper (paper_map.h), less 8 percent for grain and what shows through,
+/// becomes white in every channel at every place, darker values are stretched with it, black stays;
+/// pictures without paper are left alone. Then the levels (levels.h) of what that leaves, or the
+/// table above.
+void applyTones(Page& page, const ToneRequest& request);
 
 } // namespace orva

@@ -2,6 +2,7 @@
 #include "scanlib/page/operations.h"
 #include "scanlib/page/ops/color_conversion.h"
 #include "scanlib/page/ops/rotate.h"
+#include "scanlib/page/ops/threshold.h"
 #include "scanlib/page/ops/tone.h"
 #include "tests/scanlib/page/drawn_pages.h"
 
@@ -85,11 +86,14 @@ TEST(Tone, endsAndMiddlesOfTheTable)
 TEST(Tone, reachesEveryByteOfColourPagesAndNoBitOfBlackWhiteOnes)
 {
     Page page = blankPage(5, 3, PixelFormat::kRgb, { 10, 100, 200 });
-    applyTone(page, toneTable(20, 0, 1.0));
+    ToneRequest brighter;
+    brighter.brightness = 20;
+    applyTones(page, brighter);
     EXPECT_TRUE(pixel(page, 4, 2) == (Color { 61, 151, 251 }));
     Page bits = noisePage(13, 4, PixelFormat::kBlackWhite);
     const auto before = bits.pixels;
-    applyTone(bits, toneTable(100, 0, 1.0));
+    brighter.brightness = 100;
+    applyTones(bits, brighter);
     EXPECT_EQ(bits.pixels, before);
 }
 

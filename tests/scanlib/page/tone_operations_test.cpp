@@ -1,16 +1,31 @@
 // Automatic levels, colour dropout, background and noise on drawn pages.
 #include "scanlib/page/operations.h"
-#include "scanlib/page/ops/background.h"
 #include "scanlib/page/ops/blobs.h"
 #include "scanlib/page/ops/denoise.h"
 #include "scanlib/page/ops/dropout.h"
-#include "scanlib/page/ops/levels.h"
+#include "scanlib/page/ops/tone.h"
 #include "tests/scanlib/page/drawn_pages.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
+
 namespace orva {
 namespace {
+
+void autoLevels(Page& page)
+{
+    ToneRequest request;
+    request.autoLevels = true;
+    applyTones(page, request);
+}
+
+void removeBackground(Page& page)
+{
+    ToneRequest request;
+    request.removeBackground = true;
+    applyTones(page, request);
+}
 
 TEST(AutoLevels, stretchesInkAndPaperAndIgnoresSpecks)
 {
@@ -119,6 +134,54 @@ TEST(Background, leavesAPictureAlone)
     const auto before = page.pixels;
     removeBackground(page);
     EXPECT_EQ(page.pixels, before);
+}
+
+TEST(Background, unevenLightLeavesNoShadowInColourAndNoBlackCornerInText)
+{
+    // Light falls to 55 percent towards the right, as in the fold of a book; ink is a sixth of it.
+    Page lit = blankPage(1200, 800, PixelFormat::kGray);
+    const auto lightAt = [](int x) { return 240 - 108 * x / 1200; };
+    for (int x = 0; x < lit.width; ++x) {
+        fillRect(lit, x, 0, 1, lit.height, { lightAt(x), lightAt(x), lightAt(x) });
+    }
+    const auto isInk = [](int x, int y) { return y % 40 < 4 && x % 60 < 44; };
+    for (int y = 100; y < 700; ++y) {
+        for (int x = 60; x < 1140; ++x) {
+            if (isInk(x, y)) {
+                setPixel(lit, x, y, { lightAt(x) / 6, lightAt(x) / 6, lightAt(x) / 6 });
+            }
+        }
+    }
+    addNoise(lit, 5);
+    Page even = lit;
+    removeBackground(even);
+    ImageSettings settings;
+    settings.mode = ColorMode::kBlackWhite;
+    settings.threshold = 150;
+    settings.document = DocumentType::kText;
+    PageGroup text { lit };
+    ASSERT_TRUE(runOperations(text, settings).ok());
+    settings.document = DocumentType::kTextAndPictures;
+    PageGroup fixed { lit };
+    ASSERT_TRUE(runOperations(fixed, settings).ok());
+    int dark = 0;
+    int wrong = 0;
+    int wrongWhenFixed = 0;
+    for (int y = 0; y < lit.height; ++y) {
+        for (int x = 0; x < lit.width; ++x) {
+            const bool ink = y >= 100 && y < 700 && x >= 60 && x < 1140 && isInk(x, y);
+            dark += !ink && pixel(even, x, y).red < 250 ? 1 : 0;
+            wrong += (pixel(text[0], x, y) == kBlack) != ink ? 1 : 0;
+            wrongWhenFixed += (pixel(fixed[0], x, y) == kBlack) != ink ? 1 : 0;
+        }
+    }
+    std::printf("uneven light: %.2f %% of the paper left dark; black-and-white: %.3f %% of pixels "
+                "wrong for text, %.1f %% with a fixed threshold\n",
+        100.0 * dark / (1200 * 800), 100.0 * wrong / (1200 * 800),
+        100.0 * wrongWhenFixed / (1200 * 800));
+    EXPECT_LT(dark, 1200 * 800 / 200);
+    EXPECT_LT(wrong, 1200 * 800 / 1000);
+    EXPECT_GT(wrongWhenFixed, 1200 * 800 / 20) << "or the page would not be uneven enough to tell";
 }
 
 TEST(DenoiseOperation, takesSingleDotsAndKeepsStrokesAndEdges)
