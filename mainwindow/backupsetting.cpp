@@ -125,7 +125,7 @@ bool canBeKept(const QString& key, const QVariant& value)
         && std::all_of(texts.begin(), texts.end(), isWholeText);
 }
 
-/// Waits until a file, or the entries of a folder, are on disk.
+/// Waits until the file is on disk, so that its new name never stands for half of it.
 bool flushed(const QString& path)
 {
     const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
@@ -285,7 +285,7 @@ bool backupSetting::sync()
         written = commit();
         QFile::remove(stagingName(m_fileName));
         if (written) {
-            static_cast<void>(flushed(QFileInfo(m_fileName).path()));
+            // The folder is not flushed: after a loss of power the old file, whole, does as well.
             m_settings = openIni(m_fileName);
             m_staged = false;
         } else {
