@@ -39,6 +39,11 @@ TEST_F(Controls, SlidersAndSpinBoxesFollowEachOther)
         control<QDoubleSpinBox>("gammaSpinBox")->setValue(tenths / 10.0);
         EXPECT_EQ(control<QSlider>("gammaSlider")->value(), tenths);
     }
+    auto* gamma = control<QDoubleSpinBox>("gammaSpinBox");
+    check("autopLevelchkBox", false);
+    gamma->selectAll();
+    QTest::keyClicks(gamma, QStringLiteral("2.7"));
+    EXPECT_DOUBLE_EQ(gamma->value(), 2.7) << "the slider does not get in between";
     control<QSlider>("BlankSlider")->setValue(12);
     EXPECT_EQ(control<QLabel>("label_Blank")->text(), QStringLiteral("12"));
 }

@@ -208,13 +208,34 @@ TEST_F(Parameters, FolderNameWithBlanksQuotesAndChineseArrivesWhole)
 
 TEST_F(Parameters, SummaryOfThePreviewPageKeepsItsSwappedCaptions)
 {
-    check("autopLevelchkBox", true);
-    window().onSetPreviewConfigInfo();
-    EXPECT_EQ(control<QLabel>("threholdValueVL")->text(), QStringLiteral("对比度数值:自动"));
-    EXPECT_EQ(control<QLabel>("brightValueVL")->text(), QStringLiteral("阈值数值:自动"));
-    check("autopLevelchkBox", false);
-    control<QSlider>("lightSlider")->setValue(7);
-    window().onSetPreviewConfigInfo();
-    EXPECT_EQ(control<QLabel>("brightValueVL")->text(), QStringLiteral("亮度数值:7"));
-    EXPECT_EQ(control<QLabel>("scanPaperSizeVL")->text(), QStringLiteral("扫描纸张类型:A4"));
+    const auto expectLabels = [this](
+                                  std::initializer_list<std::pair<const char*, const char*>> all) {
+        window().onSetPreviewConfigInfo();
+        for (const auto& [label, expected] : all) {
+            EXPECT_EQ(control<QLabel>(label)->text(), QString::fromUtf8(expected)) << label;
+        }
+    };
+    control<QLineEdit>("fileNamePreEdit")->setText(QStringLiteral("doc"));
+    select("rotAngleComBox", "左旋90度");
+    expectLabels({ { "fileNameVL", "文件命名方式:时间" }, { "fileSameCoverVL", "文件同名覆盖:是" },
+        { "fileSepareteVL", "文件名分隔符:无" }, { "filePreSwitchVL", "文件命名前缀:doc" },
+        { "scanColorModeVL", "扫描颜色模式:彩色" }, { "scanSourceVL", "扫描源模式:ADF单面" },
+        { "scanPaperSizeVL", "扫描纸张类型:A4" }, { "scanDPISizeVL", "扫描DPI类型:200" },
+        { "autoCropVL", "自动裁切: 开" }, { "autoLevelVL", "自动色阶: 开" },
+        { "rotAngleVL", "旋转角度:左旋90度" }, { "constraVL", "对比度数值:自动" },
+        { "threholdValueVL", "对比度数值:自动" }, { "brightValueVL", "阈值数值:自动" },
+        { "gammaValueVL", "GAMMA数值:自动" } });
+    for (const char* box : { "autopLevelchkBox", "autoCropChkBox" }) {
+        check(box, false);
+    }
+    check("serialNameRadio", true);
+    check("sameNameAddNoRadio", true);
+    control<QSpinBox>("lightSpinBox")->setValue(-7);
+    control<QSpinBox>("constraSpinBox")->setValue(38);
+    control<QSpinBox>("threholdSpinBox")->setValue(129);
+    control<QDoubleSpinBox>("gammaSpinBox")->setValue(2.7);
+    expectLabels({ { "fileNameVL", "文件命名方式:顺序" }, { "fileSameCoverVL", "文件同名覆盖:否" },
+        { "autoCropVL", "自动裁切: 关" }, { "autoLevelVL", "自动色阶: 关" },
+        { "constraVL", "对比度数值:38" }, { "threholdValueVL", "阈值数值:129" },
+        { "brightValueVL", "亮度数值:-7" }, { "gammaValueVL", "GAMMA数值:2.7" } });
 }

@@ -2,8 +2,6 @@
 #include "mainwindow/rules/file_param.h"
 #include "mainwindow/rules/image_param.h"
 #include "mainwindow/rules/param_codes.h"
-#include "mainwindow/rules/preview_summary.h"
-#include "mainwindow/rules/tone_values.h"
 
 #include <QString>
 
@@ -164,6 +162,8 @@ TEST(FileRecord, SerialStartIsPaddedAndTheDateOrderIsNotWritten)
     EXPECT_THAT(bytesAt(p, { 0, 255, 256, 275, 280, 282, 283, 293, 298, 299 }), testing::Each(0));
     ASSERT_EQ(fillFileParam(serialControls("12", 1), false, &p), FileParamFault::kNone);
     EXPECT_STREQ(p.szIndex, "12");
+    ASSERT_EQ(fillFileParam(serialControls("12", 0), false, &p), FileParamFault::kNone);
+    EXPECT_STREQ(p.szIndex, "") << "no digit count, no start";
 }
 
 TEST(FileRecord, TimeNamingSendsTheOrderAndNoSerial)
@@ -181,14 +181,6 @@ TEST(FileRecord, TimeNamingSendsTheOrderAndNoSerial)
     c.dateOrder = "其他";
     ASSERT_EQ(fillFileParam(c, false, &p), FileParamFault::kNone);
     EXPECT_EQ(p.nTimeNamedType, -1);
-}
-
-TEST(FileRecord, APreviewIsASinglePageJpgWhateverIsChosen)
-{
-    FileParam p;
-    ASSERT_EQ(fillFileParam(serialControls("1", 3), true, &p), FileParamFault::kNone);
-    EXPECT_EQ(p.nFormatIndex, 0);
-    EXPECT_EQ(p.nMultiPage, 0);
 }
 
 TEST(FileRecord, LongestTextsFitAndOneByteMoreIsRefusedWithANotice)
@@ -253,57 +245,4 @@ TEST(SentParameters, LinesInTheirOrderAndWording)
             "# SDK SET m_fileName.szSeparator = - #", "# SDK SET m_fileName.nMultiPage = 1 #",
             "# SDK SET m_fileName.szFilePath = /data/扫描 文件 #"));
     EXPECT_EQ(blankPageLine(image), "bRemoveBlank=1,nBlankThresoldValue=55\n");
-}
-
-TEST(ToneValues, ARowOfADocumentTypeTruncatesTheSlider)
-{
-    const std::vector<stFileTypeParam> rows { { 0, 0, 0, 1, 2, 3, 11 }, { 0, 0, 0, 4, 5, 6, 29 } };
-    const ToneValues tone = toneOfRow(rows[0]);
-    EXPECT_DOUBLE_EQ(tone.gamma, 1.1);
-    EXPECT_EQ(tone.gammaSlider, 1);
-    EXPECT_EQ(toneOfRow(rows[1]).gammaSlider, 2);
-    EXPECT_EQ(toneRow(0, rows, 1), &rows[1]);
-    EXPECT_EQ(toneRow(0, rows, 2), nullptr);
-    EXPECT_EQ(toneRow(0, rows, -1), nullptr);
-    EXPECT_EQ(toneRow(-404, rows, 0), nullptr);
-}
-
-TEST(ToneValues, TheGammaCouplingComesBackToEverySliderPosition)
-{
-    for (int slider = 1; slider <= 50; ++slider) {
-        EXPECT_EQ(sliderOfGamma(gammaOfSlider(slider)), slider);
-    }
-}
-
-TEST(PreviewSummary, AutomaticLevelsSwapTheCaptions)
-{
-    SummaryControls c;
-    c.autoLevel = true;
-    const PreviewSummary s = previewSummary(c);
-    EXPECT_EQ(s.constraVL, "对比度数值:自动");
-    EXPECT_EQ(s.threholdValueVL, "对比度数值:自动");
-    EXPECT_EQ(s.brightValueVL, "阈值数值:自动");
-    EXPECT_EQ(s.gammaValueVL, "GAMMA数值:自动");
-    EXPECT_EQ(s.autoLevelVL, "自动色阶: 开");
-}
-
-TEST(PreviewSummary, ManualValuesStandUnderTheirOwnCaptions)
-{
-    SummaryControls c;
-    c.timeNamed = false;
-    c.coverSameName = false;
-    c.prefix = "doc";
-    c.brightness = 18;
-    c.contrast = 38;
-    c.threshold = 128;
-    c.gamma = 1.1;
-    const PreviewSummary s = previewSummary(c);
-    EXPECT_EQ(s.constraVL, "对比度数值:38");
-    EXPECT_EQ(s.threholdValueVL, "阈值数值:128");
-    EXPECT_EQ(s.brightValueVL, "亮度数值:18");
-    EXPECT_EQ(s.gammaValueVL, "GAMMA数值:1.1");
-    EXPECT_EQ(s.fileNameVL, "文件命名方式:顺序");
-    EXPECT_EQ(s.fileSameCoverVL, "文件同名覆盖:否");
-    EXPECT_EQ(s.filePreSwitchVL, "文件命名前缀:doc");
-    EXPECT_EQ(s.autoCropVL, "自动裁切: 关");
 }

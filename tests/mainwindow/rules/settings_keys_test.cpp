@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <map>
 #include <set>
 #include <string>
@@ -36,13 +35,6 @@ TEST(SettingsKeys, OnlyTheDateOrderIsReadUnderAnotherLetterCaseThanItIsWritten)
     EXPECT_EQ(different, expected);
 }
 
-TEST(SettingsKeys, EverySettingIsWrittenOnce)
-{
-    std::multiset<Setting> written(writeOrder().begin(), writeOrder().end());
-    EXPECT_EQ(written.size(), static_cast<std::size_t>(Setting::kCount));
-    EXPECT_EQ(std::set<Setting>(written.begin(), written.end()).size(), written.size());
-}
-
 TEST(SettingsKeys, EverySettingButTheDropoutIsReadAndRepeatsAreMarked)
 {
     std::map<Setting, int> reads;
@@ -62,19 +54,6 @@ TEST(SettingsKeys, EverySettingButTheDropoutIsReadAndRepeatsAreMarked)
     EXPECT_EQ(twice,
         (std::set<std::string> { "ScanSource", "ScanColorMode", "FileStartBit", "onspinBoxvalue",
             "logicBoxAutoLevel", "IsTimeSave", "IsCoverSameNameFile" }));
-}
-
-TEST(SettingsKeys, ReadingFollowsTheDependenciesOfTheControls)
-{
-    const auto firstRead = [](Setting id) {
-        const auto step = std::find_if(readOrder().begin(), readOrder().end(),
-            [id](const ReadStep& read) { return read.id == id; });
-        return step - readOrder().begin();
-    };
-    EXPECT_LT(firstRead(Setting::kFirstStart), firstRead(Setting::kScanDeviceName));
-    EXPECT_LT(firstRead(Setting::kScanDeviceName), firstRead(Setting::kFileType));
-    EXPECT_LT(firstRead(Setting::kScanSource), firstRead(Setting::kScanPaperSize));
-    EXPECT_LT(firstRead(Setting::kFileStartBit), firstRead(Setting::kSpinBoxValue));
 }
 
 TEST(SettingsKeys, AStoredIndexThatTheListDoesNotHaveLeavesTheListAlone)
