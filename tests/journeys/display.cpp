@@ -63,7 +63,8 @@ VirtualDisplay::~VirtualDisplay() = default;
 Command VirtualDisplay::tool(std::vector<std::string> words) const
 {
     return { std::move(words),
-        { { "DISPLAY", m_name }, { "LC_ALL", "C.UTF-8" }, { "WAYLAND_DISPLAY", {} } }, "/", false, {} };
+        { { "DISPLAY", m_name }, { "LC_ALL", "C.UTF-8" }, { "WAYLAND_DISPLAY", {} } }, "/", false,
+        {} };
 }
 
 WindowId VirtualDisplay::find(const std::string& title) const
@@ -92,6 +93,44 @@ void VirtualDisplay::key(WindowId window, const std::string& key) const
     run(tool({ "xdotool", "windowfocus", "--sync", std::to_string(window), "key",
             "--clearmodifiers", key }),
         5s);
+}
+
+void VirtualDisplay::type(WindowId window, const std::string& text) const
+{
+    run(tool({ "xdotool", "windowfocus", "--sync", std::to_string(window), "type",
+            "--clearmodifiers", "--delay", "20", text }),
+        10s);
+}
+
+std::string VirtualDisplay::clipboard() const
+{
+    const Connection connection(::XOpenDisplay(m_name.c_str()));
+    if (!connection) {
+        return {};
+    }
+    ::Display* display = connection.get();
+    const auto window =
+        ::XCreateSimpleWindow(display, ::XDefaultRootWindow(display), 0, 0, 1, 1, 0, 0, 0);
+    const ::Atom text = ::XInternAtom(display, "UTF8_STRING", 0);
+    const ::Atom place = ::XInternAtom(display, "JOURNEY", 0);
+    ::XConvertSelection(
+        display, ::XInternAtom(display, "CLIPBOARD", 0), text, place, window, CurrentTime);
+    XEvent event {};
+    if (!waitUntil([&] { return ::XCheckTypedEvent(display, SelectionNotify, &event) != 0; }, 5s)
+        || event.xselection.property == 0) {
+        return {};
+    }
+    ::Atom type = 0;
+    int format = 0;
+    unsigned long count = 0;
+    unsigned long left = 0;
+    unsigned char* bytes = nullptr;
+    ::XGetWindowProperty(
+        display, window, place, 0, 1L << 20, 0, text, &type, &format, &count, &left, &bytes);
+    std::string found =
+        bytes == nullptr ? std::string() : std::string(reinterpret_cast<char*>(bytes), count);
+    ::XFree(bytes);
+    return found;
 }
 
 void VirtualDisplay::click(WindowId window, int x, int y, int times) const

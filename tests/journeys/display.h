@@ -34,6 +34,10 @@ public:
 
     /// Gives the window the focus and presses a key ("Return", "ctrl+q").
     void key(WindowId window, const std::string& key) const;
+    /// Gives the window the focus and types a text of plain letters, digits and signs.
+    void type(WindowId window, const std::string& text) const;
+    /// Text on the clipboard; empty when there is none or its owner does not answer.
+    std::string clipboard() const;
     /// Clicks at a place inside the window; negative numbers count from the right and lower edge.
     void click(WindowId window, int x, int y, int times = 1) const;
     /// What the close button of its title bar does: asks the window manager to close it.
