@@ -1,6 +1,7 @@
 #include "scanlib/session/scan_job.h"
 
 #include "scanlib/base/library_log.h"
+#include "scanlib/base/units.h"
 
 #include <algorithm>
 #include <cmath>
@@ -74,6 +75,22 @@ Status guardedStatus(Body body)
     } catch (...) {
         return { kInternal, "unknown exception" };
     }
+}
+
+/// Before a driver is asked for it: some would take the memory, and the machine with it.
+Status checkArea(const AcquireSettings& settings)
+{
+    constexpr double kMaxBytes = 2e9;
+    const double columns = settings.area.widthMm / units::kMillimetresPerInch * settings.dpiX;
+    const double rows = settings.area.heightMm / units::kMillimetresPerInch * settings.dpiY;
+    const bool color =
+        settings.mode == ColorMode::kColor || settings.mode == ColorMode::kMultiStream;
+    if (columns * rows * (color ? 3 : 1) < kMaxBytes) {
+        return {};
+    }
+    return { kPageTooLarge,
+        std::to_string(std::llround(columns)) + " x " + std::to_string(std::llround(rows))
+            + " pixels" };
 }
 
 _tagPageParameter geometryOf(const Page& page)
@@ -193,7 +210,10 @@ void ScanJob::fault(const Status& status)
 Status ScanJob::prepare(Device& device)
 {
     const OutputStore store(m_settings.output.folder, m_settings.output.sameName);
-    Status status = store.check();
+    Status status = checkArea(m_settings.acquire);
+    if (status.ok()) {
+        status = store.check();
+    }
     if (status.ok()) {
         status = device.open();
     }

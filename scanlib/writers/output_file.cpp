@@ -1,5 +1,7 @@
 #include "scanlib/writers/output_file.h"
 
+#include "scanlib/base/output_store.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -68,28 +70,8 @@ Status readWhole(const std::filesystem::path& path, Bytes& out)
 
 Status fileStatus(int error, const char* action, const std::filesystem::path& path)
 {
-    ResultCode code = kFileWrite;
-    switch (error) {
-    case ENOSPC:
-    case EDQUOT:
-        code = kDiskFull;
-        break;
-    case ENOENT:
-    case ENOTDIR:
-        code = kFolderMissing;
-        break;
-    case EACCES:
-    case EPERM:
-    case EROFS:
-        code = kFolderReadOnly;
-        break;
-    case ENOMEM:
-        code = kNoMemory;
-        break;
-    default:
-        break;
-    }
-    return { code, std::string(action) + " " + path.string() + ": " + std::strerror(error) };
+    return { fileFailure(error, path).code(),
+        std::string(action) + " " + path.string() + ": " + std::strerror(error) };
 }
 
 OutputFile::~OutputFile()

@@ -12,8 +12,7 @@
 
 namespace orva {
 
-/// What a failed system call on an output file means: kDiskFull (also a used-up quota),
-/// kFolderMissing, kFolderReadOnly, kNoMemory, else kFileWrite.
+/// What a failed system call on an output file means, see fileFailure; the action is for the log.
 Status fileStatus(int error, const char* action, const std::filesystem::path& path);
 
 /// One thread. Closes the file when destroyed; only finish() vouches for what is in it.

@@ -119,7 +119,7 @@ TEST_F(PaperFaultJourney, aFullDiskKeepsTheFilesThatFitAndTheNextJobWorks)
     loadSheets(kSheets);
     openMainWindow();
     pressScan();
-    expectTold(-51, "磁盘空间不足，已完成的文件已保存。");
+    expectTold(-51, "磁盘空间不足。已扫描的页面没有丢失");
     const std::string seen = application().inside(folder());
     const int whole = static_cast<int>(namesIn(seen).size());
     EXPECT_EQ(whole, 8);

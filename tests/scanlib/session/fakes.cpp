@@ -40,7 +40,7 @@ public:
         const std::vector<PaperSize> flat { { "A4", 0, 0, 210, 297 }, { "自动", 0, 0, 216, 300 } };
         const std::vector<PaperSize> feeder { { "A4", 0, 0, 210, 297 }, { "A5", 0, 0, 148, 210 },
             { "自动", 0, 0, 216, 900 } };
-        m_sources = { { "平板", SourceKind::kFlatbed, 216, 300, flat, { 75, 200, 1200 } },
+        m_sources = { { "平板", SourceKind::kFlatbed, 216, 300, flat, { 75, 200, 4800 } },
             { "ADF单面", SourceKind::kFeeder, 216, 900, feeder, { 100, 200, 300 } } };
     }
 

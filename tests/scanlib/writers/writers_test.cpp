@@ -329,7 +329,15 @@ class Trouble : public testing::TestWithParam<FileFormat>
 protected:
     EncodedPage page() const
     {
-        return encoded(GetParam(), noisePage(900, 800, PixelFormat::kGray));
+        EncodedPage result = encoded(GetParam(), noisePage(900, 800, PixelFormat::kGray));
+        if (findOutputFormat(GetParam())->needsText) {
+            std::string word;
+            for (int i = 0; word.size() < 200000; ++i) {
+                word += std::to_string(i);
+            }
+            result.text = "P 0 0 9 9\nL 0 0 9 9 9 9\nW 0 0 9 9 50 " + word + '\n';
+        }
+        return result;
     }
 };
 
@@ -362,7 +370,7 @@ TEST_P(Trouble, aFileThatMayNotGrowIsReported)
     const Status status = writeFile(GetParam(), folder.file("page"), { whole });
     ::setrlimit(RLIMIT_FSIZE, &before);
     std::signal(SIGXFSZ, oldHandler);
-    EXPECT_EQ(status.code(), kFileWrite) << status.detail();
+    EXPECT_EQ(status.code(), kDiskFull) << status.detail();
 }
 
 TEST_P(Trouble, aSpoolFileThatIsGoneAndADocumentWithoutPagesAreReported)
@@ -370,13 +378,14 @@ TEST_P(Trouble, aSpoolFileThatIsGoneAndADocumentWithoutPagesAreReported)
     const TemporaryFolder folder;
     EncodedPage lost = spooled(page(), folder.file("spool"));
     std::filesystem::remove(lost.file);
+    lost.textFile = lost.file;
     EXPECT_EQ(writeFile(GetParam(), folder.file("page"), { lost }).code(), kFileWrite);
     EXPECT_FALSE(writeFile(GetParam(), folder.file("page"), {}).ok());
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, Trouble,
     testing::Values(FileFormat::kJpg, FileFormat::kBmp, FileFormat::kPng, FileFormat::kTif,
-        FileFormat::kPdf, FileFormat::kOfd));
+        FileFormat::kPdf, FileFormat::kOfd, FileFormat::kTxt, FileFormat::kRtf, FileFormat::kXls));
 
 } // namespace
 } // namespace orva
