@@ -2,6 +2,7 @@
 
 #include "scanlib/device/sane/sane_driver.h"
 #include "scanlib/device/virtual/virtual_driver.h"
+#include "scanlib/ocr/text_recognition.h"
 #include "scanlib/page/operations.h"
 #include "scanlib/writers/writer.h"
 
@@ -21,6 +22,7 @@ SessionParts installedParts()
     parts.tools.needsWholeSheet = needsWholeSheet;
     parts.tools.runOperations = runOperations;
     parts.tools.findOutputFormat = findOutputFormat;
+    parts.tools.makeTextRecognition = makeTextRecognition;
     return parts;
 }
 

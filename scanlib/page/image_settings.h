@@ -6,6 +6,8 @@
 #include "sdk/codes.h"
 #include "sdk/records.h"
 
+#include <functional>
+
 namespace orva {
 
 struct ImageSettings
@@ -28,6 +30,8 @@ struct ImageSettings
     Denoise denoise = Denoise::kOff;
     bool removeBackground = false;
     TextOrientation textOrientation = TextOrientation::kOff;
+    /// Tells the turn that puts a page upright, for textOrientation; given by whoever can read.
+    std::function<RotateAngle(const Page& page)> uprightTurn;
     bool removeHoles = false;
     bool removeBlank = false;
     int blankThreshold = 55; ///< 0..100

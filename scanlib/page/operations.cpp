@@ -175,6 +175,13 @@ constexpr Operation kOperations[] = {
         [](PageGroup& group, const ImageSettings& s) {
             forEachPage(group, [&](Page& page) { rotate(page, s.rotate); });
         } },
+    { "text orientation", // behind the fixed turn, so that text ends upright whatever that was
+        [](const ImageSettings& s) {
+            return s.textOrientation != TextOrientation::kOff && s.uprightTurn;
+        },
+        [](PageGroup& group, const ImageSettings& s) {
+            forEachPage(group, [&](Page& page) { rotate(page, s.uprightTurn(page)); });
+        } },
     { "merge", [](const ImageSettings& s) { return s.merge != 0; }, mergeSides },
     { "split", [](const ImageSettings& s) { return s.split != 0; }, splitPages },
     { "streams", [](const ImageSettings& s) { return s.mode == ColorMode::kMultiStream; },

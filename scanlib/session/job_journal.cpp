@@ -98,6 +98,15 @@ std::string pageLine(const EncodedPage& page)
     return printed(json);
 }
 
+std::string textLine(const EncodedPage& page)
+{
+    const Json json = line("text");
+    cJSON_AddStringToObject(json.get(), "page", page.file.filename().c_str());
+    cJSON_AddStringToObject(json.get(), "file", page.textFile.filename().c_str());
+    cJSON_AddNumberToObject(json.get(), "bytes", static_cast<double>(page.text.size()));
+    return printed(json);
+}
+
 EncodedPage pageOf(const Json& json, const std::filesystem::path& folder)
 {
     EncodedPage page;
@@ -116,11 +125,25 @@ EncodedPage pageOf(const Json& json, const std::filesystem::path& folder)
 }
 
 /// After a loss of power a payload may be there by name only.
-bool isWhole(const EncodedPage& page, double bytes)
+bool isWhole(const std::filesystem::path& file, double bytes)
 {
     std::error_code error;
-    return std::filesystem::is_regular_file(page.file, error)
-        && static_cast<double>(std::filesystem::file_size(page.file, error)) == bytes;
+    return std::filesystem::is_regular_file(file, error)
+        && static_cast<double>(std::filesystem::file_size(file, error)) == bytes;
+}
+
+/// A text that is not whole is left out; its page is worth keeping without.
+void giveText(
+    const Json& json, const std::filesystem::path& folder, std::vector<EncodedPage>& pages)
+{
+    const std::filesystem::path name = std::filesystem::path(textOf(json, "page")).filename();
+    const std::filesystem::path text =
+        folder / std::filesystem::path(textOf(json, "file")).filename();
+    const auto page = std::find_if(pages.begin(), pages.end(),
+        [&](const EncodedPage& candidate) { return candidate.file.filename() == name; });
+    if (page != pages.end() && isWhole(text, numberOf(json, "bytes"))) {
+        page->textFile = text;
+    }
 }
 
 /// 0 when there is no such file. Only compared on one file system.
@@ -215,6 +238,17 @@ void JobJournal::noteName(const std::string& stream, const std::string& stem)
     }
 }
 
+Status JobJournal::storeText(EncodedPage& page)
+{
+    if (page.text.empty()) {
+        return {};
+    }
+    const std::vector<std::uint8_t> bytes(page.text.begin(), page.text.end());
+    const Status status =
+        m_folder.store(page.file.filename().string() + "-text", bytes, page.textFile);
+    return status.ok() ? m_folder.note(textLine(page)) : status;
+}
+
 void JobJournal::noteCommit(const std::filesystem::path& hidden, const std::filesystem::path& file,
     const std::vector<EncodedPage>& pages)
 {
@@ -239,6 +273,9 @@ void JobJournal::pagesDropped(const std::vector<EncodedPage>& pages)
 {
     for (const EncodedPage& page : pages) {
         unlink(page.file.c_str());
+        if (!page.textFile.empty()) {
+            unlink(page.textFile.c_str());
+        }
     }
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_unsaved -= static_cast<int>(pages.size());
@@ -271,11 +308,13 @@ JobJournal::Leftover JobJournal::leftover() const
             result.readable = true;
         } else if (kind == "page") {
             EncodedPage page = pageOf(json, m_folder.path());
-            if (isWhole(page, numberOf(json, "bytes"))) {
+            if (isWhole(page.file, numberOf(json, "bytes"))) {
                 result.unsaved.push_back(std::move(page));
             }
         } else if (kind == "name") {
             result.names[textOf(json, "stream")] = textOf(json, "stem");
+        } else if (kind == "text") {
+            giveText(json, m_folder.path(), result.unsaved);
         } else if (kind == "commit") {
             commits.push_back(commitOf(json, m_folder.path()));
         } else if (kind == "void" && !commits.empty()) {

@@ -34,6 +34,23 @@ bool parseNumber(std::string_view text, unsigned min, unsigned max, unsigned& va
     return true;
 }
 
+/// Names joined by "+", of the characters that names of models have.
+bool isLanguageList(std::string_view text)
+{
+    const auto isNameCharacter = [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9')
+            || c == '_' || c == '-';
+    };
+    bool inName = false;
+    for (const char c : text) {
+        if (c == '+' ? !inName : !isNameCharacter(c)) {
+            return false;
+        }
+        inName = c != '+';
+    }
+    return inName;
+}
+
 bool applyLine(std::string_view key, std::string_view value, LibraryConfig& config)
 {
     unsigned number = 0;
@@ -43,6 +60,10 @@ bool applyLine(std::string_view key, std::string_view value, LibraryConfig& conf
         config.limits.queueBytes = std::size_t { number } << 20U;
     } else if (key == "search_limit_ms" && parseNumber(value, 100, 60000, number)) {
         config.listingLimit = std::chrono::milliseconds(number);
+    } else if (key == "ocr_languages" && isLanguageList(value)) {
+        config.recognition.languages = value;
+    } else if (key == "ocr_models" && (value.empty() || value.front() == '/')) {
+        config.recognition.models = value;
     } else {
         return false;
     }

@@ -18,6 +18,9 @@ namespace {
 constexpr std::chrono::milliseconds kErrorDelay { 1500 };
 /// Pixel buffers that wait to be used again, beyond those in the queue.
 constexpr std::size_t kSpareBuffers = 4;
+/// After a cancellation: how much longer pages are read whose picture is in the file anyway. Those
+/// of formats that are nothing but text would be lost without.
+constexpr std::chrono::milliseconds kReadingAfterCancel { 700 };
 
 unsigned workerCount(const PipelineLimits& limits)
 {
@@ -93,6 +96,11 @@ Status checkArea(const AcquireSettings& settings)
             + " pixels" };
 }
 
+bool showsPicture(FileFormat format)
+{
+    return format != FileFormat::kTxt && format != FileFormat::kRtf && format != FileFormat::kXls;
+}
+
 _tagPageParameter geometryOf(const Page& page)
 {
     _tagPageParameter side {};
@@ -108,9 +116,10 @@ _tagPageParameter geometryOf(const Page& page)
 } // namespace
 
 ScanJob::ScanJob(const JobSettings& settings, const PageTools& tools, const PipelineLimits& limits,
-    const std::filesystem::path& spoolRoot, Callbacks callbacks)
+    const std::filesystem::path& spoolRoot, Callbacks callbacks, TextRecognition* recognition)
     : m_settings(settings)
     , m_tools(tools)
+    , m_recognition(recognition)
     , m_spoolRoot(spoolRoot)
     , m_workers(workerCount(limits))
     , m_buffers(m_workers + kSpareBuffers, limits.queueBytes)
@@ -118,6 +127,9 @@ ScanJob::ScanJob(const JobSettings& settings, const PageTools& tools, const Pipe
     , m_toWrite(0)
     , m_dispatcher(callbacks)
 {
+    if (m_recognition != nullptr) {
+        m_settings.image.uprightTurn = [this](const Page& page) { return uprightTurn(page); };
+    }
 }
 
 ResultCode ScanJob::run(Device& device)
@@ -135,7 +147,7 @@ ResultCode ScanJob::run(Device& device)
             const std::lock_guard<std::mutex> lock(m_mutex);
             m_feeding = nullptr;
         });
-        if (Status prepared = prepare(device); !prepared.ok()) {
+        if (Status prepared = prepare(device, *format); !prepared.ok()) {
             return prepared;
         }
         runPipeline(device, *format);
@@ -174,11 +186,33 @@ ResultCode ScanJob::end()
 void ScanJob::cancel() noexcept
 {
     m_cancelled = true;
+    if (showsPicture(m_settings.output.format)) {
+        limitReading(kReadingAfterCancel);
+    }
     m_stop.cancel();
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (m_feeding != nullptr) {
         m_feeding->requestCancel();
     }
+}
+
+void ScanJob::mute()
+{
+    m_dispatcher.mute();
+    limitReading({});
+}
+
+/// Once; a later cancellation does not put it off.
+void ScanJob::limitReading(std::chrono::milliseconds fromNow) noexcept
+{
+    const Clock::time_point wanted = Clock::now() + fromNow;
+    Clock::time_point set = m_readUntil;
+    while (wanted < set && !m_readUntil.compare_exchange_weak(set, wanted)) { }
+}
+
+bool ScanJob::mayRead() const
+{
+    return Clock::now() < m_readUntil.load();
 }
 
 _tagPageParameter ScanJob::lastSide() const
@@ -207,12 +241,15 @@ void ScanJob::fault(const Status& status)
 }
 
 /// Everything that can be found wrong before paper is moved.
-Status ScanJob::prepare(Device& device)
+Status ScanJob::prepare(Device& device, const OutputFormat& format)
 {
     const OutputStore store(m_settings.output.folder, m_settings.output.sameName);
     Status status = checkArea(m_settings.acquire);
     if (status.ok()) {
         status = store.check();
+    }
+    if (status.ok()) {
+        status = prepareRecognition(format);
     }
     if (status.ok()) {
         status = device.open();
@@ -224,6 +261,18 @@ Status ScanJob::prepare(Device& device)
         status = m_journal.begin(m_spoolRoot, m_settings.output);
     }
     return status;
+}
+
+Status ScanJob::prepareRecognition(const OutputFormat& format)
+{
+    RecognitionNeeds needs;
+    needs.text = format.needsText;
+    needs.orientation = m_settings.image.textOrientation != TextOrientation::kOff;
+    if (!needs.text && !needs.orientation) {
+        return {};
+    }
+    return m_recognition != nullptr ? m_recognition->prepare(needs)
+                                    : Status(kNotSupported, "no text recognition");
 }
 
 void ScanJob::runPipeline(Device& device, const OutputFormat& format)
@@ -317,7 +366,7 @@ void ScanJob::work(const OutputFormat& format)
         Finished finished;
         Status status = guardedStatus([&] {
             encoder = encoder ? std::move(encoder) : format.makeEncoder();
-            return process(group, *encoder, payload, finished);
+            return process(group, format, *encoder, payload, finished);
         });
         finished.failed = !status.ok();
         // A group that failed still takes its place, or those behind it would wait for ever.
@@ -334,7 +383,7 @@ void ScanJob::work(const OutputFormat& format)
 }
 
 /// `payload` is memory from the page before, for the next.
-Status ScanJob::process(Group& group, const PageEncoder& encoder,
+Status ScanJob::process(Group& group, const OutputFormat& format, const PageEncoder& encoder,
     std::vector<std::uint8_t>& payload, Finished& finished)
 {
     std::vector<_tagPageParameter> sides;
@@ -345,22 +394,65 @@ Status ScanJob::process(Group& group, const PageEncoder& encoder,
     if (group.pages.empty()) {
         libraryLog("side %d: blank, no file", sides.front().nPage);
     }
+    std::string text;
     for (Page& page : group.pages) {
         EncodedPage encoded;
         encoded.bytes = std::move(payload);
         if (Status status = encoder.encode(page, m_settings.encode, encoded); !status.ok()) {
             return status;
         }
-        m_buffers.give(std::move(page.pixels));
         if (Status status = m_journal.store(encoded); !status.ok()) {
             return status;
         }
         payload = std::move(encoded.bytes);
         encoded.bytes = {};
         finished.pages.push_back(std::move(encoded));
+        if (format.needsText) {
+            // The streams of a side show one text; the first has the most of the picture.
+            const bool sameText = !page.stream.empty() && page.stream != kColorStream;
+            text = sameText ? text : textOf(page);
+            finished.pages.back().text = text;
+            if (Status status = m_journal.storeText(finished.pages.back()); !status.ok()) {
+                return status;
+            }
+            finished.pages.back().text = {};
+        }
+        m_buffers.give(std::move(page.pixels));
     }
     finished.sides = std::move(sides);
     return {};
+}
+
+/// What is recognised, in the form for the spool. A page that cannot be read stays a page: its text
+/// is empty, and the log tells.
+std::string ScanJob::textOf(const Page& page)
+{
+    PageText text;
+    const Status status = guardedStatus([&] {
+        return mayRead() ? m_recognition->read(
+                   page, [this] { return !mayRead(); }, text)
+                         : Status(kCancelled, "the job is ending");
+    });
+    if (!status.ok()) {
+        libraryLog(
+            "side %d has no text: %d, %s", page.number, status.code(), status.detail().c_str());
+        return {};
+    }
+    return serialised(text);
+}
+
+RotateAngle ScanJob::uprightTurn(const Page& page)
+{
+    RotateAngle turn = RotateAngle::kNone;
+    const Status status = guardedStatus([&] {
+        return m_recognition->findTurn(
+            page, m_settings.image.textOrientation, [this] { return !mayRead(); }, turn);
+    });
+    if (!status.ok()) {
+        libraryLog(
+            "side %d is not turned: %d, %s", page.number, status.code(), status.detail().c_str());
+    }
+    return turn;
 }
 
 /// Lets the groups out in the order of scanning: the sides to the callbacks, the pages to the

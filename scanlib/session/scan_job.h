@@ -31,8 +31,10 @@ namespace orva {
 class ScanJob
 {
 public:
+    /// `recognition` may be missing; formats of text are then refused.
     ScanJob(const JobSettings& settings, const PageTools& tools, const PipelineLimits& limits,
-        const std::filesystem::path& spoolRoot, Callbacks callbacks);
+        const std::filesystem::path& spoolRoot, Callbacks callbacks,
+        TextRecognition* recognition = nullptr);
 
     /// Blocks until the last callback has returned. The device is used by the calling thread only,
     /// except for requestCancel. Returns the code of the first fault, kCancelled or kOk. Once.
@@ -42,13 +44,15 @@ public:
 
     /// Any thread, any time, never blocks. What the device has delivered is still written.
     void cancel() noexcept;
-    /// No callback begins after this.
-    void mute() { m_dispatcher.mute(); }
+    /// No callback begins after this, and no page is read any more.
+    void mute();
     bool isCallbackThread() const { return m_dispatcher.isOwnThread(); }
     /// The last side that was reported; all zero before the first.
     _tagPageParameter lastSide() const;
 
 private:
+    using Clock = std::chrono::steady_clock;
+
     struct Group
     {
         int sequence = 0; ///< from 0, without gaps
@@ -61,26 +65,34 @@ private:
         bool failed = false; ///< could not be processed
     };
 
-    Status prepare(Device& device);
+    Status prepare(Device& device, const OutputFormat& format);
+    Status prepareRecognition(const OutputFormat& format);
     void runPipeline(Device& device, const OutputFormat& format);
     Status feed(Device& device);
     Status feedSides(Device& device, bool& batchBegun);
     void enqueue(PageGroup& pages);
     void work(const OutputFormat& format);
-    Status process(Group& group, const PageEncoder& encoder, std::vector<std::uint8_t>& payload,
-        Finished& finished);
+    Status process(Group& group, const OutputFormat& format, const PageEncoder& encoder,
+        std::vector<std::uint8_t>& payload, Finished& finished);
+    std::string textOf(const Page& page);
+    RotateAngle uprightTurn(const Page& page);
+    void limitReading(std::chrono::milliseconds fromNow) noexcept;
+    bool mayRead() const;
     void deliver(int sequence, Finished finished);
     void write(const OutputFormat& format);
     void fault(const Status& status);
     ResultCode end();
 
-    const JobSettings m_settings;
+    JobSettings m_settings; ///< as they are once the job is made
     const PageTools& m_tools;
+    TextRecognition* const m_recognition;
     const std::filesystem::path m_spoolRoot;
     const unsigned m_workers;
 
     CancelToken m_stop; ///< the device is to stop, whoever wants it
     std::atomic<bool> m_cancelled { false }; ///< the operator or the device wants it
+    /// When reading of pages ends; only a cancellation sets it.
+    std::atomic<Clock::time_point> m_readUntil { Clock::time_point::max() };
     BufferPool m_buffers;
     BoundedQueue<Group> m_queue;
     BoundedQueue<EncodedPage> m_toWrite; ///< payloads are on disk, so nothing bounds it

@@ -25,6 +25,9 @@ int Session::init()
     m_registry =
         std::make_unique<DeviceRegistry>(m_parts.makeDrivers(m_parts.paths), m_config.listingLimit);
     m_registry->startListing();
+    if (m_parts.tools.makeTextRecognition) {
+        m_recognition = m_parts.tools.makeTextRecognition(m_config.recognition);
+    }
     m_recoveryCancel = std::make_unique<CancelToken>();
     m_recovering = true;
     m_recovery = std::thread([this] {
@@ -102,6 +105,7 @@ int Session::unInit()
     m_deviceIndex = -1;
     m_sources.clear();
     m_registry.reset();
+    m_recognition.reset();
     m_callbacks = {};
     m_closing = false;
     m_state = SessionState::kClosed;

@@ -145,6 +145,8 @@ private:
     std::atomic<SessionState> m_state { SessionState::kClosed };
     bool m_closing = false;
     LibraryConfig m_config; ///< as it was at init
+    std::unique_ptr<TextRecognition>
+        m_recognition; ///< with its models from the first use to unInit
     Callbacks m_callbacks;
     std::unique_ptr<DeviceRegistry> m_registry;
     std::thread m_recovery;

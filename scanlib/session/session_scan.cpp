@@ -69,8 +69,8 @@ int Session::scan()
         try {
             JobSettings settings;
             why = jobSettings(settings);
-            job = std::make_shared<ScanJob>(
-                settings, m_parts.tools, m_config.limits, m_parts.paths.spool, m_callbacks);
+            job = std::make_shared<ScanJob>(settings, m_parts.tools, m_config.limits,
+                m_parts.paths.spool, m_callbacks, m_recognition.get());
         } catch (...) {
             m_state = before;
             m_jobEnded.notify_all();

@@ -285,6 +285,10 @@ int Session::setFileParam(const FileParam& param)
         // would not be what was asked for.
         m_outputStatus = outputSettingsFrom(param, m_parts.tools, m_output);
         m_documentType = static_cast<DocumentType>(param.nDocType); // others count as mixed
+        const OutputFormat* const format = m_parts.tools.findOutputFormat(m_output.format);
+        if (m_outputStatus.ok() && format != nullptr && format->needsText && m_recognition) {
+            m_recognition->warmUp(); // while the operator reaches for the scan button
+        }
         return m_outputStatus.code();
     });
 }
