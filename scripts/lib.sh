@@ -21,8 +21,8 @@ build_packages=(
 display_packages=(imagemagick openbox x11-utils xauth xdotool xvfb)
 # What the tests need beyond that.
 test_packages=(
-  "${display_packages[@]}" tesseract-ocr-chi-sim tesseract-ocr-eng tesseract-ocr-osd catdoc git libgmock-dev libgtest-dev libsane1 libx11-dev libsane-common libtiff-tools libxml2-utils
-  poppler-utils procps qpdf sane-utils unzip)
+  "${display_packages[@]}" catdoc git libgmock-dev libgtest-dev libsane1 libx11-dev libsane-common libtiff-tools
+  libxml2-utils poppler-utils procps qpdf sane-utils tesseract-ocr-chi-sim tesseract-ocr-eng tesseract-ocr-osd unzip)
 fuzz_packages=(clang-14 libclang-rt-14-dev)
 lint_packages=(git clang-format-14 clang-tidy-14 libxml2-utils shellcheck)
 bench_packages=(
