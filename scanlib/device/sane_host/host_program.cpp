@@ -39,7 +39,9 @@ void logToLibrary(const char* text)
     }
 }
 
-/// Limits SANE to the drivers named: a configuration folder of its own in front of the others.
+/// Limits SANE to the drivers named: a configuration folder of its own in front of the others. It
+/// is read once, by sane_init, and does not stay any longer: this process may be killed at any
+/// time.
 class BackendFolder
 {
 public:
@@ -64,19 +66,32 @@ public:
         const std::string folders = name + ":" + (before != nullptr ? before : "");
         ::setenv("SANE_CONFIG_DIR", folders.c_str(), 1);
     }
-    ~BackendFolder()
+    ~BackendFolder() { remove(); }
+    BackendFolder(const BackendFolder&) = delete;
+    BackendFolder& operator=(const BackendFolder&) = delete;
+
+    void remove()
     {
         std::error_code error;
         if (!m_folder.empty()) {
             std::filesystem::remove_all(m_folder, error);
         }
+        m_folder.clear();
     }
-    BackendFolder(const BackendFolder&) = delete;
-    BackendFolder& operator=(const BackendFolder&) = delete;
 
 private:
     std::filesystem::path m_folder;
 };
+
+const SaneApi* g_api = nullptr;
+BackendFolder* g_folder = nullptr;
+
+SANE_Status initialiseAndRemoveFolder(SANE_Int* version, SANE_Auth_Callback authorize)
+{
+    const SANE_Status status = g_api->init(version, authorize);
+    g_folder->remove();
+    return status;
+}
 
 void outliveNobody(pid_t library)
 {
@@ -110,8 +125,12 @@ int runSaneHost(int argumentCount, char** arguments, const SaneApi& api)
     if (ring == MAP_FAILED) {
         return 1;
     }
-    const BackendFolder folder(arguments[2]);
-    HostServer server(api, HostPauses(), kHostSocketFd, static_cast<std::uint8_t*>(ring));
+    BackendFolder folder(arguments[2]);
+    g_folder = &folder;
+    g_api = &api;
+    SaneApi calls = api;
+    calls.init = initialiseAndRemoveFolder;
+    HostServer server(calls, HostPauses(), kHostSocketFd, static_cast<std::uint8_t*>(ring));
     g_server = &server;
     setLibraryLogSink(logToLibrary);
     const bool inOrder = server.run();
