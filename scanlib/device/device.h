@@ -137,6 +137,8 @@ public:
     virtual const char* name() const = 0;
     /// Lists what is attached. Returns after the limit at the latest with what is known by then.
     virtual std::vector<DeviceIdentity> enumerate(std::chrono::milliseconds limit) = 0;
+    /// Asks a running enumerate, and those to come, to return soon. Any thread; never blocks.
+    virtual void stopEnumerating() noexcept { }
     /// The device need not be open yet.
     virtual std::unique_ptr<Device> create(const DeviceIdentity& identity) = 0;
 };

@@ -24,6 +24,9 @@ DeviceRegistry::DeviceRegistry(
 
 DeviceRegistry::~DeviceRegistry()
 {
+    for (const std::unique_ptr<Driver>& driver : m_drivers) {
+        driver->stopEnumerating();
+    }
     if (m_thread.joinable()) {
         m_thread.join();
     }

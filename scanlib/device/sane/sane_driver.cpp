@@ -19,13 +19,15 @@ public:
 
     std::vector<DeviceIdentity> enumerate(std::chrono::milliseconds limit) override
     {
-        m_search->run(limit);
+        m_search->run(limit, &m_stopped);
         std::vector<DeviceIdentity> identities;
         for (const FoundDevice& device : m_search->found()) {
             identities.push_back(identityOf(device));
         }
         return identities;
     }
+
+    void stopEnumerating() noexcept override { m_stopped.store(true); }
 
     std::unique_ptr<Device> create(const DeviceIdentity& identity) override
     {
@@ -35,6 +37,7 @@ public:
 private:
     const SaneParts m_parts;
     const std::shared_ptr<SaneSearch> m_search;
+    std::atomic<bool> m_stopped { false };
 };
 
 } // namespace

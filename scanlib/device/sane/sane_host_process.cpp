@@ -25,7 +25,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-class HostProcess : public SaneHost
+class HostProcess final : public SaneHost
 {
 public:
     explicit HostProcess(pid_t pid)

@@ -38,6 +38,19 @@ TEST_F(SaneFinding, ASearchThatTakesLongGoesOnInTheBackground)
     EXPECT_EQ(m_script.count("get_devices"), 2); // none while a scanner is open
 }
 
+TEST_F(SaneFinding, ASearchEndsAtOnceWhenTheLibraryDoes)
+{
+    m_script.searchSilent = true;
+    makeDriver();
+    const auto start = Clock::now();
+    std::thread listing([&] { EXPECT_TRUE(m_driver->enumerate(20s).empty()); });
+    m_driver->stopEnumerating();
+    listing.join();
+    m_driver.reset();
+    EXPECT_LT(Clock::now() - start, 2s);
+    EXPECT_EQ(m_script.running, 0);
+}
+
 TEST_F(SaneFinding, AnOpeningThatHangsEndsInTimeAndAtOnceWhenItIsCancelled)
 {
     makeDriver();
