@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -128,6 +129,25 @@ TEST_F(AccountFileTest, a_full_disk_keeps_the_old_password)
     EXPECT_TRUE(verify(kFactory));
     EXPECT_EQ(QStringList { QStringLiteral("user.conf") },
         QDir(folder.path()).entryList(QDir::Files | QDir::Hidden));
+}
+
+TEST_F(AccountFileTest, a_killed_change_leaves_the_old_or_the_new_password)
+{
+    write(kDefaultDigest);
+    for (int round = 0; round < 10; ++round) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            for (;;) {
+                static_cast<void>(change(kFactory, kSecret, kSecret));
+                static_cast<void>(change(kSecret, kFactory, kFactory));
+            }
+        }
+        ASSERT_GT(child, 0);
+        ::usleep(static_cast<useconds_t>(5000 + 1700 * round));
+        ::kill(child, SIGKILL);
+        ::waitpid(child, nullptr, 0);
+        EXPECT_TRUE(bytes() == kDefaultDigest || bytes() == kSecretDigest) << bytes();
+    }
 }
 
 /// Without the rights of the super-user, if the test has them.

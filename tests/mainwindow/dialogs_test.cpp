@@ -124,6 +124,51 @@ TEST_F(Dialogs, TemplateBringsItsSettingsBack)
     EXPECT_TRUE(logHas("template can not write:/nowhere/at/all"));
 }
 
+TEST_F(Dialogs, ATemplateEditedByHandBringsNoStateThatClickingCouldNot)
+{
+    QDir().mkpath(QString::fromStdString(outputFolder()));
+    const auto isOn = [this](
+                          const char* name) { return control<QAbstractButton>(name)->isChecked(); };
+    select("fileTypeCombo", "jpg");
+    ScanTemplateParam odd;
+    QObject::connect(&window(), &MainWindow::templateInfoSave,
+        [&odd](const ScanTemplateParam& param) { odd = param; });
+    window().onTemplateInfoCollect();
+    odd.multiPage = true; // of a file type with one page
+    odd.colorMode = QStringLiteral("黑白");
+    odd.autoLevel = true; // not in 黑白
+    odd.denoise = QStringLiteral("强化"); // not in 黑白
+    odd.paperSize = QStringLiteral("自动");
+    odd.autoCrop = false; // 自动 crops
+    odd.autoTextOrientation = true;
+    odd.rotationIndex = 2; // not with text orientation
+    odd.fileType = 99;
+    odd.timeNamePrefix = QStringLiteral("../x");
+    odd.serialStart = QStringLiteral("a/b");
+    odd.threshold = 60000;
+    odd.gamma = -1;
+    for (int round = 0; round < 2; ++round) { // the second finds the lists where they are
+        window().onTemplateInfoSave(odd);
+        EXPECT_FALSE(isOn("multipage_radio"));
+        EXPECT_FALSE(isOn("autopLevelchkBox"));
+        EXPECT_EQ(control<QComboBox>("DenoiseComBo")->currentIndex(), 0);
+        EXPECT_TRUE(isOn("autoCropChkBox") || text("paperTypeComBo") != QStringLiteral("自动"));
+        EXPECT_EQ(control<QComboBox>("rotAngleComBox")->currentIndex(), 0);
+        EXPECT_GE(control<QComboBox>("comboBox_doc")->currentIndex(), 0);
+        EXPECT_EQ(control<QLineEdit>("fileNamePreEdit")->text(), QString());
+        EXPECT_EQ(control<QLineEdit>("nameNoSerialEdit")->text(), QString());
+        EXPECT_EQ(control<QSpinBox>("threholdSpinBox")->value(), 255);
+    }
+    QSignalSpy status(&window(), &MainWindow::templateInfoStatus);
+    const QString path = control<QLineEdit>("filePathEdit")->text();
+    for (const QString& folder : { QStringLiteral("."), QStringLiteral("/dev/null"), QString() }) {
+        odd.savePath = folder;
+        window().onTemplateInfoSave(odd);
+        EXPECT_EQ(status.last()[1].toInt(), -1) << folder.toStdString();
+    }
+    EXPECT_EQ(control<QLineEdit>("filePathEdit")->text(), path);
+}
+
 TEST_F(Dialogs, TemplateButtonOpensTheDialogOfThisModel)
 {
     QString title;

@@ -324,6 +324,25 @@ TEST_F(TemplateStoreTest, a_killed_save_leaves_the_old_or_the_new_template)
     }
 }
 
+TEST_F(TemplateStoreTest, ten_megabytes_are_read_and_two_windows_keep_each_others_templates)
+{
+    ASSERT_EQ(0, save(QStringLiteral("mine"), filled()));
+    const std::string mine = readBytes(file());
+    writeBytes(file(), mine + "\n[big]\nscandpi=" + std::string(10 * 1024 * 1024, '3') + "\n");
+    EXPECT_EQ(10 * 1024 * 1024, read(QStringLiteral("big")).resolution.size());
+    EXPECT_EQ(0, store.deleteTemplateItem(QStringLiteral("big")));
+    EXPECT_EQ(QStringLiteral("300"), read(QStringLiteral("mine")).resolution);
+
+    // a second window, open on the same file since before
+    TemplateStore other(QStringLiteral("Model"));
+    ASSERT_TRUE(other.checkAccessAuthority());
+    other.enumAllTemplateName();
+    ASSERT_EQ(0, save(QStringLiteral("new"), filled()));
+    other.setCurrentName(QStringLiteral("theirs"));
+    ASSERT_EQ(0, other.templateSave(filled()));
+    EXPECT_EQ(3, listed().size());
+}
+
 TEST_F(TemplateStoreTest, five_hundred_templates_are_listed_at_once)
 {
     ASSERT_EQ(0, save(QStringLiteral("t"), filled()));

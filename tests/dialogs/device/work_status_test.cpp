@@ -31,27 +31,6 @@ TEST(WorkStatus, a_code_without_an_entry_is_an_empty_notice)
     }
 }
 
-TEST(WorkStatus, buttons_and_icons_follow_the_code)
-{
-    for (int code = -2; code <= 33; ++code) {
-        const WorkStatusNotice notice = workStatusNotice(code, 0, {});
-        const bool progress = (code >= 2 && code <= 7) || code == 25;
-        const bool question = code == 0 || code == 17 || code == 24 || code == 31;
-        EXPECT_EQ(progress ? WorkStatusButtons::kNone
-                : question ? WorkStatusButtons::kYesNo
-                           : WorkStatusButtons::kYes,
-            notice.buttons)
-            << code;
-        const QList<int> critical { -1, 12, 15, 22, 29 };
-        const QList<int> warning { 11, 13, 16, 17, 20, 23, 24, 31 };
-        EXPECT_EQ(critical.contains(code) ? WorkStatusIcon::kCritical
-                : warning.contains(code)  ? WorkStatusIcon::kWarning
-                                          : WorkStatusIcon::kInformation,
-            notice.icon)
-            << code;
-    }
-}
-
 TEST(StatusMessageDialog, one_box_takes_every_form)
 {
     statusMessageDialog box;
@@ -108,8 +87,17 @@ TEST(StatusMessageDialog, only_the_yes_button_means_yes)
         const AnswerModal escape([](QDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
         EXPECT_NE(QMessageBox::Yes, box.exec());
     }
-    const AnswerModal titleBar([](QDialog& dialog) { dialog.close(); });
-    EXPECT_NE(QMessageBox::Yes, box.exec());
+    {
+        const AnswerModal titleBar([](QDialog& dialog) { dialog.close(); });
+        EXPECT_NE(QMessageBox::Yes, box.exec());
+    }
+    const auto byReturn = [&box](int code) {
+        box.SetStatusInfo(code, 0, QStringLiteral("合同"));
+        const AnswerModal press([](QDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Return); });
+        return box.exec();
+    };
+    EXPECT_NE(QMessageBox::Yes, byReturn(17)) << "what is deleted does not come back";
+    EXPECT_EQ(QMessageBox::Yes, byReturn(24));
 }
 
 } // namespace
