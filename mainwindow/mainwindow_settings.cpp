@@ -24,7 +24,7 @@ void showStored(QComboBox* list, const QVariant& value)
 /// Nobody could have typed or chosen it: the field stays empty, and the run log tells.
 QString acceptable(const char* key, const QVariant& value, bool (*isValid)(const QString&))
 {
-    const QString text = value.toString();
+    QString text = value.toString();
     if (isValid(text)) {
         return text;
     }

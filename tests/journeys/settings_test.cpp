@@ -4,7 +4,6 @@
 #include "tests/journeys/journey.h"
 #include "tests/support/wait.h"
 
-#include <QFile>
 #include <QSettings>
 
 #include <gmock/gmock.h>
@@ -15,13 +14,10 @@
 #include <filesystem>
 #include <iostream>
 #include <sstream>
-#include <stdexcept>
 
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
-using ::testing::Contains;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using ::testing::Pair;
 
 namespace {
