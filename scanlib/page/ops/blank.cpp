@@ -3,6 +3,7 @@
 #include "scanlib/base/units.h"
 #include "scanlib/page/ops/holes.h"
 #include "scanlib/page/ops/reduced.h"
+#include "scanlib/page/ops/sheet.h"
 
 #include <algorithm>
 #include <cmath>
@@ -15,13 +16,19 @@ constexpr double kBlankSearchDpi = 100;
 constexpr int kLeastContrast = 24; // grey levels
 constexpr double kDustMm = 0.6; // two pixels of the search are 0.51
 constexpr double kBorderMm = 3;
+// An even picture up to the edge could be backing: a side is kept rather than dropped.
+constexpr double kLeastSheet = 0.75; // of the scanned area
 constexpr double kPictureShare = 0.05;
 
 } // namespace
 
 double inkOn(const Page& page)
 {
-    const Page gray = reducedGray(page, kBlankSearchDpi).gray;
+    Page gray = reducedGray(page, kBlankSearchDpi).gray;
+    const std::optional<TiltedRect> sheet = findSheet(gray);
+    if (sheet && sheet->width * sheet->height > kLeastSheet * gray.width * gray.height) {
+        gray = extracted(gray, *sheet); // what lies around it is nobody's ink
+    }
     const int paper = paperLevel(gray);
     const Page bits = marksAgainst(gray, paper, std::max(kLeastContrast, paper / 4));
     const double mmX = units::kMillimetresPerInch / gray.dpiX;

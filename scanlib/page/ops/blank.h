@@ -5,8 +5,9 @@
 
 namespace orva {
 
-/// Square millimetres of ink, at 100 dpi: everything that differs from the paper by more than a
-/// quarter of its brightness (fainter is the other side showing through), except
+/// Square millimetres of ink on the sheet (sheet.h), at 100 dpi: everything that differs from the
+/// paper by more than a quarter of its brightness (fainter is the other side showing through),
+/// except
 ///   specks below 0.6 mm (dust), punch holes, and what touches the outer 3 mm (borders, folded and
 ///   torn corners, shadows) unless it covers a twentieth of the side (a picture up to the edge).
 double inkOn(const Page& page);

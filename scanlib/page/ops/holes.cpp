@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <iterator>
 
 namespace orva {
 
@@ -19,6 +20,9 @@ constexpr double kEdgeMm = 20;
 constexpr double kLeastFill = 0.9; // of the area of the ellipse in the blob's box
 constexpr double kMostFill = 1.12;
 constexpr int kContrast = 60; // grey levels between paper and hole
+constexpr int kPaleContrast = 18; // of holes over a white backing, which show a shadow
+constexpr double kAlignedMm = 3; // a sheet may lie askew by two degrees
+constexpr double kLeastPitchMm = 6; // 30 holes stand 9.5 mm apart
 constexpr double kRimMm = 0.6; // the shadow around a hole
 constexpr double kSampleMm = 1.2; // width of the ring that the paper is taken from
 
@@ -89,6 +93,34 @@ void coverTones(Page& page, const Ellipse& hole, const Ellipse& ring)
     }
 }
 
+std::vector<Blob> holesAt(const Page& gray, int paper, int contrast)
+{
+    const Page bits = marksAgainst(gray, paper, contrast);
+    std::vector<Blob> holes = findBlobs(bits).blobs;
+    holes.erase(std::remove_if(holes.begin(), holes.end(),
+                    [&bits](const Blob& blob) { return !looksLikeHole(blob, bits); }),
+        holes.end());
+    return holes;
+}
+
+/// Those that have another one of their size at the same distance from the same edge: a punch makes
+/// two at least, and a lone round mark may be print.
+std::vector<Blob> patternOf(const std::vector<Blob>& found, const Page& gray)
+{
+    const double mmX = units::kMillimetresPerInch / gray.dpiX;
+    const double mmY = units::kMillimetresPerInch / gray.dpiY;
+    std::vector<Blob> pattern;
+    std::copy_if(found.begin(), found.end(), std::back_inserter(pattern), [&](const Blob& one) {
+        return std::any_of(found.begin(), found.end(), [&](const Blob& other) {
+            const double dx = std::abs(one.left + one.right - other.left - other.right) / 2.0 * mmX;
+            const double dy = std::abs(one.top + one.bottom - other.top - other.bottom) / 2.0 * mmY;
+            return std::min(dx, dy) <= kAlignedMm && std::max(dx, dy) >= kLeastPitchMm
+                && std::abs(one.width() - other.width()) * mmX <= kRoundnessMm;
+        });
+    });
+    return pattern;
+}
+
 } // namespace
 
 bool looksLikeHole(const Blob& blob, const Page& bits)
@@ -116,27 +148,27 @@ bool looksLikeHole(const Blob& blob, const Page& bits)
 void removeHoles(Page& page)
 {
     const ReducedPage reduced = reducedGray(page, kHoleSearchDpi);
-    const Page bits = marksAgainst(reduced.gray, paperLevel(reduced.gray), kContrast);
-    const double dpiX = reduced.gray.dpiX * reduced.factorX;
-    const double dpiY = reduced.gray.dpiY * reduced.factorY;
-    for (const Blob& blob : findBlobs(bits).blobs) {
-        if (!looksLikeHole(blob, bits)) {
-            continue;
-        }
+    const Page& gray = reduced.gray;
+    const int paper = paperLevel(gray);
+    std::vector<Blob> holes = patternOf(holesAt(gray, paper, kContrast), gray);
+    if (holes.empty()) {
+        holes = patternOf(holesAt(gray, paper, kPaleContrast), gray);
+    }
+    const double rimX = kRimMm / units::kMillimetresPerInch * gray.dpiX * reduced.factorX;
+    const double rimY = kRimMm / units::kMillimetresPerInch * gray.dpiY * reduced.factorY;
+    for (const Blob& blob : holes) {
         Ellipse hole;
         hole.x = (blob.left + blob.right) / 2.0 * reduced.factorX;
         hole.y = (blob.top + blob.bottom) / 2.0 * reduced.factorY;
-        hole.halfWidth =
-            blob.width() / 2.0 * reduced.factorX + kRimMm / units::kMillimetresPerInch * dpiX;
-        hole.halfHeight =
-            blob.height() / 2.0 * reduced.factorY + kRimMm / units::kMillimetresPerInch * dpiY;
+        hole.halfWidth = blob.width() / 2.0 * reduced.factorX + rimX;
+        hole.halfHeight = blob.height() / 2.0 * reduced.factorY + rimY;
         if (page.format == PixelFormat::kBlackWhite) {
             coverBits(page, hole);
             continue;
         }
         Ellipse ring = hole;
-        ring.halfWidth += kSampleMm / units::kMillimetresPerInch * dpiX;
-        ring.halfHeight += kSampleMm / units::kMillimetresPerInch * dpiY;
+        ring.halfWidth += rimX / kRimMm * kSampleMm;
+        ring.halfHeight += rimY / kRimMm * kSampleMm;
         coverTones(page, hole, ring);
     }
 }

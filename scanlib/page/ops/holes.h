@@ -12,7 +12,9 @@ namespace orva {
 /// centre within 20 mm of an edge. `bits` gives the resolution.
 bool looksLikeHole(const Blob& blob, const Page& bits);
 
-/// Holes that show the backing darker than the paper. On a white backing there is nothing to see.
+/// Covers the holes of a punch, two or more in a line (80 mm apart, 4 of them, 3, or 30 at 9.5 mm),
+/// that differ from the paper by 60 levels, or if there are none by 18 (over a white backing only
+/// their shadow tells). A lone round mark is left: it may be print.
 void removeHoles(Page& page);
 
 } // namespace orva
