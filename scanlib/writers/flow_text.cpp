@@ -46,7 +46,6 @@ bool isTall(char32_t c)
         || (c < 0x80 && kAscenders.find(static_cast<char>(c)) != std::string_view::npos);
 }
 
-/// A tab where the gap is as wide as between columns.
 bool isColumnGap(const Word& before, const Word& after, double em)
 {
     return after.box.left - before.box.right > kColumnGapEm * em;
@@ -116,6 +115,22 @@ std::vector<std::string> typedLines(const Paragraph& paragraph)
         before = hasTabs ? nullptr : &line;
     }
     return typed;
+}
+
+std::vector<int> tabStops(const Paragraph& paragraph)
+{
+    std::vector<int> stops;
+    for (const TextLine& line : paragraph.lines) {
+        const double em = emPixels(line);
+        for (std::size_t i = 1; i < line.words.size(); ++i) {
+            if (isColumnGap(line.words[i - 1], line.words[i], em)) {
+                stops.push_back(line.words[i].box.left);
+            }
+        }
+    }
+    std::sort(stops.begin(), stops.end());
+    stops.erase(std::unique(stops.begin(), stops.end()), stops.end());
+    return stops;
 }
 
 std::u16string utf16Of(std::string_view utf8)

@@ -14,6 +14,9 @@ namespace orva {
 /// such a line always ends. A hyphen at the end of a line stays: nobody can tell which kind it is.
 std::vector<std::string> typedLines(const Paragraph& paragraph);
 
+/// Where the words behind such gaps begin, pixels, from left to right, none twice.
+std::vector<int> tabStops(const Paragraph& paragraph);
+
 /// Height of the em square that the line was set in, pixels; at least 1. From the full height of
 /// Chinese characters, else from the ascent of capitals, digits or small letters.
 double emPixels(const TextLine& line);

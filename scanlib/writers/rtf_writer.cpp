@@ -181,6 +181,9 @@ private:
             const int indent = x(paragraph.box.left) - m_left;
             const int first = x(paragraph.lines.front().box.left) - x(paragraph.box.left);
             out += "\\ql" + control("li", indent) + control("fi", first);
+            for (const int stop : tabStops(paragraph)) {
+                out += control("tx", x(stop) - m_left);
+            }
         }
         // Below zero: exactly so much, whatever the font asks for. It already holds the leading.
         const int leading = pitch - halfPoints * kTwipsPerPoint / 2;

@@ -62,6 +62,7 @@ public:
         TIFFSetField(m_tiff.get(), TIFFTAG_SUBFILETYPE, FILETYPE_PAGE);
         TIFFSetField(m_tiff.get(), TIFFTAG_PAGENUMBER, m_pages,
             0); // 0: the number of pages is not known yet
+        TIFFSetField(m_tiff.get(), TIFFTAG_DOCUMENTNAME, m_info.title.c_str());
         TIFFSetField(m_tiff.get(), TIFFTAG_SOFTWARE, m_info.producer.c_str());
         TIFFSetField(m_tiff.get(), TIFFTAG_DATETIME, tiffTime(m_info.createdUnixSeconds).c_str());
         if (!copyTiffPage(source.get(), m_tiff.get()) || TIFFWriteDirectory(m_tiff.get()) == 0

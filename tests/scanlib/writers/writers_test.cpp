@@ -160,6 +160,7 @@ TEST(Tiff, holdsManyPagesOfDifferentKinds)
     EXPECT_NE(report.find("Compression Scheme: AdobeDeflate"), std::string::npos);
     EXPECT_NE(report.find("Resolution: 200, 200 pixels/inch"), std::string::npos);
     EXPECT_NE(report.find("Software: libOrva_SDK"), std::string::npos);
+    EXPECT_NE(report.find("DocumentName: 扫描 & <1>"), std::string::npos);
     EXPECT_NE(report.find("Page Number: 2-0"), std::string::npos);
     EXPECT_EQ(report.find("Warning"), std::string::npos) << report;
 }
