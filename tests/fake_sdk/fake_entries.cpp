@@ -1,7 +1,6 @@
 // What the entry points answer, from the state that the script has set.
 #include "tests/fake_sdk/fake_scanner.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
@@ -339,8 +338,7 @@ int Scanner::GetDevInfo(char* json, int size)
         if (json == nullptr || size <= 0 || s.deviceInfoTerminated) {
             return copyText(s.deviceInfo, json, size);
         }
-        std::memcpy(json, s.deviceInfo.data(),
-            std::min(s.deviceInfo.size(), static_cast<std::size_t>(size)));
+        s.deviceInfo.copy(json, static_cast<std::size_t>(size)); // no end
         return static_cast<int>(orva::kOk);
     });
 }

@@ -105,6 +105,7 @@ TEST_F(Faults, AHundredThousandCallbacksFromFourThreadsAndSomeAfterTheEnd)
     QElapsedTimer flood;
     flood.start();
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (int i = 0; i < kThreads; ++i) {
         threads.emplace_back([i] {
             const std::string names[] = { "", "/gone/\xff\xfe.jpg", "/gone/扫描.jpg", "" };
