@@ -36,8 +36,12 @@ std::unique_ptr<DocumentWriter> makeSinglePageWriter();
 std::unique_ptr<DocumentWriter> makeTiffWriter(std::uint64_t classicLimitBytes);
 /// Reads the payload files in finish(): they must last until then.
 std::unique_ptr<DocumentWriter> makePdfWriter();
+/// With an invisible text layer over the picture, from the pages' recognised text.
+std::unique_ptr<DocumentWriter> makePdfTextWriter();
 /// Each page goes into the file as it comes; what binds them together in finish().
 std::unique_ptr<DocumentWriter> makeOfdWriter();
+/// With invisible text under the picture.
+std::unique_ptr<DocumentWriter> makeOfdTextWriter();
 /// Formats of recognised text. All of a workbook is put together in finish().
 std::unique_ptr<DocumentWriter> makeTxtWriter();
 std::unique_ptr<DocumentWriter> makeRtfWriter();

@@ -3,6 +3,7 @@
 // over the document. The order of elements is the one of the standard's schemas.
 #include "scanlib/base/units.h"
 #include "scanlib/writers/encoders.h"
+#include "scanlib/writers/ofd_text_layer.h"
 #include "scanlib/writers/xml_text.h"
 #include "scanlib/writers/zip_file.h"
 
@@ -17,7 +18,8 @@ namespace {
 
 constexpr const char* kXmlHead = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
 constexpr const char* kNamespace = " xmlns:ofd=\"http://www.ofdspec.org/2016\"";
-// Every page takes this many IDs: the page, its layer, its image object, the image itself.
+// Every page takes these IDs: the page, its layer, its image object, the image itself; then one for
+// each of its lines of text.
 constexpr int kIdsPerPage = 4;
 
 std::string millimetres(int pixels, double dpi)
@@ -57,6 +59,12 @@ std::string plainDate(std::int64_t unixSeconds)
 class OfdWriter : public DocumentWriter
 {
 public:
+    explicit OfdWriter(bool withText)
+        : m_withText(withText)
+    {
+        m_lastId = withText ? kFontId : 0;
+    }
+
     Status begin(const std::filesystem::path& path, const DocumentInfo& info) override
     {
         m_info = info;
@@ -66,7 +74,14 @@ public:
     Status addPage(const EncodedPage& page) override
     {
         const std::string number = std::to_string(m_pages);
-        const int firstId = m_pages * kIdsPerPage + 1;
+        PageText text;
+        if (m_withText) {
+            if (Status status = readText(page, text); !status.ok()) {
+                return status;
+            }
+        }
+        const int firstId = m_lastId + 1;
+        m_lastId += kIdsPerPage;
         const auto id = [firstId](int offset) {
             return " ID=\"" + std::to_string(firstId + offset) + "\"";
         };
@@ -77,10 +92,10 @@ public:
         const std::string box = "0 0 " + width + " " + height;
         std::string content = kXmlHead;
         content += std::string("<ofd:Page") + kNamespace + "><ofd:Area><ofd:PhysicalBox>" + box
-            + "</ofd:PhysicalBox></ofd:Area><ofd:Content><ofd:Layer" + id(1)
-            + " Type=\"Body\"><ofd:ImageObject" + id(2) + " Boundary=\"" + box + "\" CTM=\"" + width
-            + " 0 0 " + height + " 0 0\" ResourceID=\"" + std::to_string(firstId + 3)
-            + "\"/></ofd:Layer></ofd:Content></ofd:Page>\n";
+            + "</ofd:PhysicalBox></ofd:Area><ofd:Content><ofd:Layer" + id(1) + " Type=\"Body\">"
+            + ofdTextObjects(text, page, m_lastId) + "<ofd:ImageObject" + id(2) + " Boundary=\""
+            + box + "\" CTM=\"" + width + " 0 0 " + height + " 0 0\" ResourceID=\""
+            + std::to_string(firstId + 3) + "\"/></ofd:Layer></ofd:Content></ofd:Page>\n";
         Status status = m_zip.addPayload("Doc_0/Res/" + image, page);
         if (status.ok()) {
             status = m_zip.addText("Doc_0/Pages/Page_" + number + "/Content.xml", content);
@@ -104,15 +119,24 @@ public:
         if (m_pages == 0) {
             return { kInternal, "file without a page" };
         }
+        if (m_withText) {
+            const std::string fonts = std::string(kXmlHead) + "<ofd:Res" + kNamespace
+                + " BaseLoc=\"Res\"><ofd:Fonts><ofd:Font ID=\"" + std::to_string(kFontId)
+                + "\" FontName=\"宋体\" FamilyName=\"宋体\"/></ofd:Fonts></ofd:Res>\n";
+            if (Status status = m_zip.addText("Doc_0/PublicRes.xml", fonts); !status.ok()) {
+                return status;
+            }
+        }
         const std::array<std::pair<const char*, std::string>, 3> parts { {
             { "Doc_0/DocumentRes.xml",
                 std::string("<ofd:Res") + kNamespace + " BaseLoc=\"Res\"><ofd:MultiMedias>"
                     + m_imageList + "</ofd:MultiMedias></ofd:Res>\n" },
             { "Doc_0/Document.xml",
                 std::string("<ofd:Document") + kNamespace + "><ofd:CommonData><ofd:MaxUnitID>"
-                    + std::to_string(m_pages * kIdsPerPage)
-                    + "</ofd:MaxUnitID><ofd:PageArea><ofd:PhysicalBox>" + m_firstBox
-                    + "</ofd:PhysicalBox></ofd:PageArea><ofd:DocumentRes>DocumentRes.xml</"
+                    + std::to_string(m_lastId) + "</ofd:MaxUnitID><ofd:PageArea><ofd:PhysicalBox>"
+                    + m_firstBox + "</ofd:PhysicalBox></ofd:PageArea>"
+                    + (m_withText ? "<ofd:PublicRes>PublicRes.xml</ofd:PublicRes>" : "")
+                    + "<ofd:DocumentRes>DocumentRes.xml</"
                       "ofd:DocumentRes>"
                       "</ofd:CommonData><ofd:Pages>"
                     + m_pageList + "</ofd:Pages></ofd:Document>\n" },
@@ -135,6 +159,8 @@ public:
     }
 
 private:
+    const bool m_withText;
+    int m_lastId = 0;
     DocumentInfo m_info;
     ZipFile m_zip;
     std::string m_pageList;
@@ -162,7 +188,11 @@ std::unique_ptr<PageEncoder> makeOfdEncoder()
 }
 std::unique_ptr<DocumentWriter> makeOfdWriter()
 {
-    return std::make_unique<OfdWriter>();
+    return std::make_unique<OfdWriter>(false);
+}
+std::unique_ptr<DocumentWriter> makeOfdTextWriter()
+{
+    return std::make_unique<OfdWriter>(true);
 }
 
 } // namespace orva

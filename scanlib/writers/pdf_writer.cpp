@@ -4,9 +4,13 @@
 #include "scanlib/writers/encoders.h"
 #include "scanlib/writers/output_file.h"
 #include "scanlib/writers/pdf_metadata.h"
+#include "scanlib/writers/pdf_text_layer.h"
 #include "scanlib/writers/srgb_profile.h"
 
+#include <qpdf/Buffer.hh>
 #include <qpdf/Pipeline.hh>
+#include <qpdf/Pl_Buffer.hh>
+#include <qpdf/Pl_Flate.hh>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFObjectHandle.hh>
 #include <qpdf/QPDFPageDocumentHelper.hh>
@@ -171,9 +175,24 @@ QPDFObjectHandle faxParameters(const EncodedPage& page)
     return parameters;
 }
 
+std::string deflated(const std::string& text)
+{
+    Pl_Buffer buffer("deflated");
+    Pl_Flate flate("flate", &buffer, Pl_Flate::a_deflate);
+    flate.write(reinterpret_cast<const unsigned char*>(text.data()), text.size());
+    flate.finish();
+    const std::unique_ptr<Buffer> bytes(buffer.getBuffer());
+    return { reinterpret_cast<const char*>(bytes->getBuffer()), bytes->getSize() };
+}
+
 class PdfWriter : public DocumentWriter
 {
 public:
+    explicit PdfWriter(bool withText)
+        : m_withText(withText)
+    {
+    }
+
     Status begin(const std::filesystem::path& path, const DocumentInfo& info) override
     {
         return guarded([&]() -> Status {
@@ -199,9 +218,11 @@ public:
                 "<< /Type /Page /MediaBox [0 0 " + width + " " + height
                     + "] /Resources << /XObject << >> >> >>");
             leaf.getKey("/Resources").getKey("/XObject").replaceKey("/Im0", image);
-            leaf.replaceKey("/Contents",
-                QPDFObjectHandle::newStream(
-                    &m_pdf, "q " + width + " 0 0 " + height + " 0 0 cm /Im0 Do Q\n"));
+            if (Status status =
+                    addContent(page, "q " + width + " 0 0 " + height + " 0 0 cm /Im0 Do Q\n", leaf);
+                !status.ok()) {
+                return status;
+            }
             QPDFPageDocumentHelper(m_pdf).addPage(m_pdf.makeIndirectObject(leaf), false);
             ++m_pages;
             return {};
@@ -214,6 +235,7 @@ public:
             return { kInternal, "file without a page" };
         }
         return guarded([&]() -> Status {
+            m_layer.finish(m_pdf);
             describeDocument();
             FilePipeline pipeline(m_file, m_failure);
             QPDFWriter writer(m_pdf);
@@ -241,6 +263,34 @@ private:
         }
     }
 
+    /// The operators of a page; those of its text, if it is to have one, behind the picture's.
+    Status addContent(const EncodedPage& page, std::string operators, QPDFObjectHandle& leaf)
+    {
+        QPDFObjectHandle stream = QPDFObjectHandle::newStream(&m_pdf);
+        PageText text;
+        if (m_withText) {
+            if (Status status = readText(page, text); !status.ok()) {
+                return status;
+            }
+        }
+        const double width = pageUnits(page.width, page.dpiX);
+        const double height = pageUnits(page.height, page.dpiY);
+        const std::string layer =
+            m_layer.content(text, height, width / page.width, height / page.height);
+        if (layer.empty()) {
+            stream.replaceStreamData(
+                operators, QPDFObjectHandle::newNull(), QPDFObjectHandle::newNull());
+        } else {
+            stream.replaceStreamData(
+                deflated(operators + layer), name("/FlateDecode"), QPDFObjectHandle::newNull());
+            QPDFObjectHandle fonts = QPDFObjectHandle::newDictionary();
+            fonts.replaceKey("/F0", m_layer.font(m_pdf));
+            leaf.getKey("/Resources").replaceKey("/Font", fonts);
+        }
+        leaf.replaceKey("/Contents", stream);
+        return {};
+    }
+
     void describeDocument()
     {
         QPDFObjectHandle facts = QPDFObjectHandle::newDictionary();
@@ -266,10 +316,12 @@ private:
         m_pdf.getRoot().replaceKey("/OutputIntents", intents);
     }
 
+    const bool m_withText;
     DocumentInfo m_info;
     OutputFile m_file;
     FirstFailure m_failure;
     QPDF m_pdf;
+    PdfTextLayer m_layer;
     int m_pages = 0;
 };
 
@@ -291,7 +343,11 @@ std::unique_ptr<PageEncoder> makePdfEncoder()
 }
 std::unique_ptr<DocumentWriter> makePdfWriter()
 {
-    return std::make_unique<PdfWriter>();
+    return std::make_unique<PdfWriter>(false);
+}
+std::unique_ptr<DocumentWriter> makePdfTextWriter()
+{
+    return std::make_unique<PdfWriter>(true);
 }
 
 } // namespace orva
