@@ -7,8 +7,9 @@ namespace orva {
 
 namespace {
 
-/// Measured on the drawn and the degraded pages: wrong guesses stay below, few right ones do.
-constexpr double kSureConfidence = 2.0;
+/// Over 38 degraded pages in four turns no guess from here on was wrong (the surest wrong one had
+/// 0.85), and pages of text mostly get there.
+constexpr double kSureConfidence = 1.0;
 /// Characters of print keep their shapes down to this.
 constexpr int kReducedDpi = 150;
 /// The fast mode's part of the page, from the middle.
