@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <chrono>
 
 namespace {
@@ -150,10 +151,9 @@ TEST(SaneLists, OneScannerOfTwoDriversIsListedOnce)
         { "test:1", "Noname", "frontend-tester", "virtual device", "", "" },
         { "test:1", "Noname", "frontend-tester", "virtual device", "", "" },
     });
-    std::vector<std::string> keys;
-    for (const orva::FoundDevice& device : kept) {
-        keys.push_back(device.key);
-    }
+    std::vector<std::string> keys(kept.size());
+    std::transform(kept.begin(), kept.end(), keys.begin(),
+        [](const orva::FoundDevice& device) { return device.key; });
     EXPECT_THAT(keys,
         ElementsAre(
             "escl:http://192.168.7.20:80", "airscan:e1:Paperlane P300", "test:0", "test:1"));
