@@ -216,7 +216,7 @@ void doExit()
 }
 
 /// The helper as a thread. Killing it lets the driver out of its call.
-class ScriptedHost : public orva::SaneHost
+class ScriptedHost final : public orva::SaneHost
 {
 public:
     ScriptedHost(ScriptedSane& script, const orva::HostChannel& channel)

@@ -22,7 +22,7 @@ void wish(const BackendWishes& wishes)
 {
     std::string lines;
     for (const auto& [name, value] : wishes) {
-        lines += name + " " + value + "\n";
+        lines.append(name).append(" ").append(value).append("\n");
     }
     writeText(wishesFile(), lines);
     ::setenv("ORVA_TEST_WISHES", wishesFile().c_str(), 1);
