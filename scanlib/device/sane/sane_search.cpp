@@ -35,11 +35,28 @@ SaneSearch::~SaneSearch()
     }
 }
 
+SaneSearch::Turn::Turn(SaneSearch& search, milliseconds limit)
+    : m_search(search)
+{
+    std::unique_lock<std::mutex> lock(search.m_turnMutex);
+    m_mine = search.m_turnFree.wait_for(lock, limit, [&] { return !search.m_taken; });
+    search.m_taken = true;
+}
+
+SaneSearch::Turn::~Turn()
+{
+    if (m_mine) {
+        const std::lock_guard<std::mutex> lock(m_search.m_turnMutex);
+        m_search.m_taken = false;
+        m_search.m_turnFree.notify_one();
+    }
+}
+
 void SaneSearch::run(milliseconds limit, const std::atomic<bool>* stop)
 {
     const Clock::time_point deadline = Clock::now() + limit;
-    const std::unique_lock<std::timed_mutex> lock(m_runMutex, limit);
-    if (!lock.owns_lock()) {
+    const Turn turn(*this, limit);
+    if (!turn.isMine()) {
         return; // another search has used the time up
     }
     if (m_running.empty() && m_openDevices == 0) {
@@ -153,8 +170,8 @@ std::vector<FoundDevice> SaneSearch::found() const
 
 void SaneSearch::giveWay(milliseconds limit)
 {
-    const std::unique_lock<std::timed_mutex> lock(m_runMutex, limit);
-    if (!lock.owns_lock()) {
+    const Turn turn(*this, limit);
+    if (!turn.isMine()) {
         return;
     }
     collect(limit, nullptr);

@@ -7,6 +7,7 @@
 #include "scanlib/device/sane/sane_limits.h"
 
 #include <atomic>
+#include <condition_variable>
 #include <map>
 #include <mutex>
 
@@ -42,6 +43,21 @@ private:
         std::chrono::steady_clock::time_point since;
     };
 
+    /// One search at a time.
+    class Turn
+    {
+    public:
+        Turn(SaneSearch& search, std::chrono::milliseconds limit);
+        ~Turn();
+        Turn(const Turn&) = delete;
+        Turn& operator=(const Turn&) = delete;
+        bool isMine() const { return m_mine; }
+
+    private:
+        SaneSearch& m_search;
+        bool m_mine = false;
+    };
+
     void begin();
     void collect(std::chrono::milliseconds limit, const std::atomic<bool>* stop);
     bool isDone(Running& running);
@@ -51,8 +67,10 @@ private:
     const std::function<std::vector<BackendGroup>()> m_groups;
     const SaneLimits m_limits;
     std::atomic<int> m_openDevices { 0 };
-    std::timed_mutex m_runMutex; ///< m_running, m_order
-    std::vector<Running> m_running;
+    std::mutex m_turnMutex; ///< m_taken
+    std::condition_variable m_turnFree;
+    bool m_taken = false; ///< somebody searches
+    std::vector<Running> m_running; ///< of whoever has the turn
     mutable std::mutex m_foundMutex;
     std::vector<std::string> m_order; ///< of the groups
     std::map<std::string, std::vector<FoundDevice>> m_found; ///< by group
