@@ -27,7 +27,7 @@ fuzz_packages=(clang-14 libclang-rt-14-dev)
 lint_packages=(git clang-format-14 clang-tidy-14 libxml2-utils shellcheck)
 bench_packages=(
   debian-reference-en debian-reference-zh-cn fonts-liberation libbenchmark-dev libjpeg-turbo-progs libx11-dev
-  img2pdf ocrmypdf poppler-utils tesseract-ocr-chi-sim tesseract-ocr-eng time unpaper)
+  img2pdf libreoffice-calc-nogui ocrmypdf poppler-utils tesseract-ocr-chi-sim tesseract-ocr-eng time unpaper)
 # Programs that open the library's files, none of them ours.
 reader_packages=(catdoc imagemagick libtiff-tools libxml2-utils poppler-utils qpdf unzip)
 office_packages=(

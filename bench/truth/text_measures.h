@@ -18,8 +18,8 @@ namespace truth {
 /// are compared only when `placesAsScanned`: when nothing turned or cut the pages.
 void measureText(const QString& folder, const QString& boxFile, bool placesAsScanned);
 
-/// `csvFolder` holds NAME.csv for each table page (as xls2csv writes them). Prints how many of the
-/// true cells stand somewhere in the file, and how many in their row and column.
+/// `csvFolder` holds NAME.csv for each table page (as LibreOffice makes it of the xls file). Prints
+/// how many of the true cells stand somewhere in the file, and how many in their row and column.
 void measureCells(const QString& folder, const QString& csvFolder);
 
 } // namespace truth

@@ -4,7 +4,7 @@
 //   truth-measure text FOLDER BOXES [moved]  what `pdftotext -raw -bbox` says of a document of all
 //                                            pages; "moved": they were cropped or turned
 //   truth-measure png FOLDER ROUNDS          the PNG encoder beside libpng
-//   truth-measure cells FOLDER CSV_FOLDER    what xls2csv says of the pages with tables
+//   truth-measure cells FOLDER CSV_FOLDER    the pages with tables as LibreOffice reads them
 #include "bench/truth/operation_measures.h"
 #include "bench/truth/png_peer.h"
 #include "bench/truth/text_measures.h"
