@@ -60,6 +60,8 @@ void copyWhole(const std::string& text, char* buffer, std::size_t room)
     buffer[length] = '\0';
 }
 
+/// A folder or file that another user's first block has just made lets others in a moment later.
+constexpr int kOpenTries = 5;
 constexpr int kLockTries = 100;
 constexpr std::chrono::milliseconds kLockPause { 10 };
 
@@ -93,9 +95,15 @@ int writeAll(int descriptor, const std::string& bytes)
 /// errno; 0 when the bytes are in the file. A new file gets the permissions of its folder.
 int appendBytes(const std::string& file, const std::string& bytes, mode_t folderMode)
 {
-    const int descriptor = ::open(file.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
-    if (descriptor < 0) {
-        return errno;
+    int descriptor = -1;
+    for (int tries = 0; descriptor < 0; ++tries) {
+        descriptor = ::open(file.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
+        if (descriptor < 0 && (errno != EACCES || tries == kOpenTries)) {
+            return errno;
+        }
+        if (descriptor < 0) {
+            std::this_thread::sleep_for(kLockPause);
+        }
     }
     const bool locked = lockFile(descriptor);
     struct stat before

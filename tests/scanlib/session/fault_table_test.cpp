@@ -18,26 +18,24 @@ using namespace orva;
 
 namespace {
 
-/// Text is not recognised here: each page comes with a long one.
-class WordyEncoder : public PageEncoder
+/// Nothing is recognised here: each page comes with a long word.
+class WordyRecognition : public TextRecognition
 {
 public:
-    Status encode(const Page& page, const EncodeOptions& options, EncodedPage& out) const override
+    void warmUp() override { }
+    Status prepare(const RecognitionNeeds& /*needs*/) override { return {}; }
+    Status read(const Page& page, const StopWish& /*stop*/, PageText& out) override
     {
-        const Status status = makeTextEncoder()->encode(page, options, out);
-        out.text = "P 0 0 9 9\nL 0 0 9 9 9 9\nW 0 0 9 9 50 "
-            + std::string(20'000, static_cast<char>('a' + page.number % 26)) + '\n';
-        return status;
+        const std::string word(20'000, static_cast<char>('a' + page.number % 26));
+        return parsePageText("P 0 0 9 9\nL 0 0 9 9 9 9\nW 0 0 9 9 50 " + word + '\n', out);
+    }
+    Status findTurn(const Page& /*page*/, TextOrientation /*mode*/, const StopWish& /*stop*/,
+        RotateAngle& out) override
+    {
+        out = RotateAngle::kNone;
+        return {};
     }
 };
-
-const OutputFormat* wordyFormat(FileFormat wanted)
-{
-    static const OutputFormat xls { FileFormat::kXls, true, true,
-        [] { return std::unique_ptr<PageEncoder>(std::make_unique<WordyEncoder>()); },
-        makeXlsWriter };
-    return wanted == FileFormat::kXls ? &xls : findOutputFormat(wanted);
-}
 
 std::string operatorText(int code)
 {
@@ -106,7 +104,10 @@ protected:
     SessionParts realParts()
     {
         SessionParts result = parts();
-        result.tools.findOutputFormat = wordyFormat;
+        result.tools.findOutputFormat = findOutputFormat;
+        result.tools.makeTextRecognition = [](const RecognitionSettings&) {
+            return std::unique_ptr<TextRecognition>(std::make_unique<WordyRecognition>());
+        };
         result.tools.runOperations = [this](PageGroup& group, const ImageSettings&) -> Status {
             std::mt19937 random(7);
             for (Page& page : group) {
