@@ -29,9 +29,9 @@ run_job() {
   local format=$1 kind=$2 width=$3 height=$4 folder=$5
   shift 5
   mkdir -p "$folder"
-  mkdir -p "$top/build/bench/work/none"
-  : >"$top/build/bench/work/none/dll.conf" # no other scanner
-  SANE_CONFIG_DIR="$top/build/bench/work/none" "$job" scan "$library" Virtual ADF单面 1 \
+  mkdir -p "$top/build/bench/scratch/none"
+  : >"$top/build/bench/scratch/none/dll.conf" # no other scanner
+  SANE_CONFIG_DIR="$top/build/bench/scratch/none" "$job" scan "$library" Virtual ADF单面 1 \
     "${format_codes[$format]}" "$kind" "$width" "$height" "$folder" "$@"
 }
 
@@ -47,7 +47,7 @@ table_head() { printf '| Figure | Measured | Limit | Holds |\n|---|---|---|---|\
 # keep_section TITLE FILE: puts it into bench/results.md in place of the section of that title, with
 # the day and the load under which it was measured.
 keep_section() {
-  local results="$top/bench/results.md" new="$top/build/bench/work/results.md"
+  local results="$top/bench/results.md" new="$top/build/bench/scratch/results.md"
   awk -v title="## $1" '/^## / { skip = $0 == title } !skip' "$results" >"$new"
   { cat -s "$new"; printf '\n## %s\n\nMeasured on %s; load average %s at the end.\n\n' "$1" "$(date -u +%F)" \
     "$(cut -d' ' -f1 /proc/loadavg)"; cat "$2"; } >"$results"
