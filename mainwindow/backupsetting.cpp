@@ -146,11 +146,13 @@ QString stagingName(const QString& fileName)
 {
     return fileName + QStringLiteral(".new");
 }
+
 /// For a store that is not kept.
 QString nowhere()
 {
     return QStringLiteral("/dev/null/unused.ini");
 }
+
 QString checkName(const QString& fileName)
 {
     return fileName + QStringLiteral(".check");
@@ -289,8 +291,8 @@ bool backupSetting::sync()
             m_settings = openIni(m_fileName);
             m_staged = false;
         } else {
-            m_refused =
-                true; // the staging file is gone: a second try would hold later changes only
+            // the staging file is gone: a second try would hold later changes only
+            m_refused = true;
         }
     } else {
         m_settings->sync();

@@ -5,7 +5,6 @@
 
 #include "mainwindow/rules/control_rules.h"
 #include "mainwindow/rules/file_param.h"
-#include "mainwindow/rules/image_param.h"
 #include "mainwindow/rules/scan_progress.h"
 #include "mainwindow/rules/settings_keys.h"
 #include "mainwindow/rules/tone_values.h"
@@ -25,6 +24,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -374,6 +374,8 @@ private:
     std::vector<QWidget*> widgetsOf(rules::Control control) const;
     QStringList libraryNames(int count, int (COrva_SDK::*nameOf)(int, char*)) const;
     void selectSource(int index);
+    void selectDefaultSource();
+    std::optional<rules::ToneValues> documentTone();
     void showTone(const rules::ToneValues& tone);
     void limitPageChoice();
 
@@ -381,7 +383,6 @@ private:
     int sendSource();
     void sendPaper();
     void sendResolution();
-    rules::ImageControls imageControls() const;
     rules::FileControls fileControls() const;
     int fillFileRecord(int IsScanPreview, FileParam* param);
     void logSentParameters(const ImageParam& image, const FileParam& file);

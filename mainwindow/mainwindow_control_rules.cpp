@@ -176,12 +176,18 @@ void MainWindow::onchangePaperType()
 
 void MainWindow::onchangeDocType()
 {
+    if (const auto tone = documentTone()) {
+        showTone(*tone);
+    }
+}
+
+/// The device's defaults for the document type; none when it has no such row.
+std::optional<rules::ToneValues> MainWindow::documentTone()
+{
     std::vector<stFileTypeParam> rows;
     const int result = m_OrvaSdk->GetImageParam(rows);
     const stFileTypeParam* row = rules::toneRow(result, rows, ui->comboBox_doc->currentIndex());
-    if (row != nullptr) {
-        showTone(rules::toneOfRow(*row));
-    }
+    return row != nullptr ? std::make_optional(rules::toneOfRow(*row)) : std::nullopt;
 }
 
 /// The slider shows the truncated gamma of a row, which its coupling with the spin box would undo.
@@ -245,6 +251,7 @@ QStringList MainWindow::libraryNames(int count, int (COrva_SDK::*nameOf)(int, ch
     for (int i = 0; i < count; ++i) {
         std::array<char, kListNameSize> name {};
         (m_OrvaSdk->*nameOf)(i, name.data());
+        name.back() = '\0';
         names.append(QString::fromUtf8(name.data()));
     }
     return names;
@@ -275,7 +282,7 @@ void MainWindow::setDpiPaperSourceValue(int reason)
 /// The device's own defaults: first feeder, A4, 200, double-feed detection.
 void MainWindow::setDefaultDpiPaperSourceValue()
 {
-    selectSource(rules::defaultSource(itemsOf(ui->scanSourceComBo)));
+    selectDefaultSource();
     refill(ui->paperTypeComBo, rules::defaultPaperChoice(itemsOf(ui->paperTypeComBo)));
     refill(ui->DPIComBo, rules::defaultResolutionChoice(itemsOf(ui->DPIComBo)));
     ui->MultiFeedChkBox->setChecked(true);
@@ -290,6 +297,11 @@ void MainWindow::selectSource(int index)
         ui->scanSourceComBo->setCurrentIndex(index);
     }
     onchangeScanSource();
+}
+
+void MainWindow::selectDefaultSource()
+{
+    selectSource(rules::defaultSource(itemsOf(ui->scanSourceComBo)));
 }
 
 void MainWindow::setMergeRangeValue()

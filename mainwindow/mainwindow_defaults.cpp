@@ -2,9 +2,6 @@
 #include "mainwindow/main_window_ui.h"
 #include "mainwindow/mainwindow.h"
 #include "mainwindow/rules/param_codes.h"
-#include "mainwindow/rules/source_lists.h"
-
-#include <QSignalBlocker>
 
 namespace {
 
@@ -30,11 +27,7 @@ void MainWindow::applyFactorySet()
 
 void MainWindow::setDefaultValueForButton()
 {
-    QStringList sources;
-    for (int i = 0; i < ui->scanSourceComBo->count(); ++i) {
-        sources.append(ui->scanSourceComBo->itemText(i));
-    }
-    selectSource(rules::defaultSource(sources));
+    selectDefaultSource();
     selectText(ui->paperTypeComBo, rules::kFactoryPaper);
     selectText(ui->DPIComBo, rules::kFactoryResolution);
     selectText(ui->colorModeComBo, rules::kFactoryColorMode);
@@ -72,11 +65,8 @@ void MainWindow::SetDefaultHlevelSetForButton()
 
 void MainWindow::setDefaultLogicValue()
 {
-    std::vector<stFileTypeParam> rows;
-    const int result = m_OrvaSdk->GetImageParam(rows);
-    const stFileTypeParam* row = rules::toneRow(result, rows, ui->comboBox_doc->currentIndex());
-    if (row != nullptr) {
-        showTone(rules::toneOfRow(*row));
+    if (const auto tone = documentTone()) {
+        showTone(*tone);
         return;
     }
     showTone(rules::factoryTone());

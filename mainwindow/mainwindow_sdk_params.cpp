@@ -8,6 +8,7 @@
 #include "sdk/result_codes.h"
 
 #include <array>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 
@@ -31,6 +32,11 @@ int findName(COrva_SDK& sdk, int count, int (COrva_SDK::*nameOf)(int, char*), co
         }
     }
     return -1;
+}
+
+std::uint8_t flag(int value)
+{
+    return value != 0 ? 1 : 0;
 }
 
 } // namespace
@@ -117,41 +123,34 @@ void MainWindow::sendResolution()
     runLog("读取出来的strRes = %s", qUtf8Printable(wanted));
 }
 
-rules::ImageControls MainWindow::imageControls() const
-{
-    rules::ImageControls controls;
-    controls.colorMode = ui->colorModeComBo->currentText();
-    controls.autoLevel = ui->autopLevelchkBox->isChecked();
-    controls.autoCrop = ui->autoCropChkBox->isChecked();
-    controls.brightness = ui->lightSpinBox->value();
-    controls.contrast = ui->constraSpinBox->value();
-    controls.threshold = ui->threholdSpinBox->value();
-    controls.gamma = ui->gammaSpinBox->value();
-    controls.rotation = ui->rotAngleComBox->currentText();
-    controls.dropout = ui->ColorDropoutComBox->currentText();
-    controls.reinforcedDropout = ui->ColorDropoutchkBox->isChecked();
-    controls.merge = ui->MergeComBo->currentText();
-    controls.denoiseIndex = ui->DenoiseComBo->currentIndex();
-    controls.removeBackground = ui->autoBColorChkBox->isChecked();
-    controls.textOrientation = ui->autoRotatChkBox->isChecked();
-    controls.textOrientationMode = ui->autoRotateModComBox->currentText();
-    controls.multiFeed = ui->MultiFeedChkBox->isChecked();
-    controls.removeHole = ui->RemoveHoleChkBox->isChecked();
-    controls.removeBlank = ui->checkBox_blank->isChecked();
-    controls.blankThreshold = ui->BlankSlider->value();
-    controls.deviceOption = m_deviceOption != 0;
-    return controls;
-}
-
 void MainWindow::SetSDKImageParam(ImageParam* param)
 {
     std::puts("MainWindow::SetSDKImageParam() ");
-    rules::fillImageParam(imageControls(), param);
-    // these write their lines to the run log as well
+    // Byte by byte, so that the padding, which the library receives too, is zero.
+    std::memset(param, 0, sizeof(*param));
+    param->bAutoLevel = flag(SetSDKAutoLevel());
+    param->bAutoCropDeskew = flag(SetSDKAutoCrop());
+    if (rules::holdsBlackWhite(ui->colorModeComBo->currentText())) {
+        param->nThresold = ui->threholdSpinBox->value();
+    } else {
+        param->nBrightness = ui->lightSpinBox->value();
+        param->nContrast = ui->constraSpinBox->value();
+        param->nGamma = static_cast<float>(ui->gammaSpinBox->value());
+    }
     param->nRotateAngle = SetSDKRotateAngle();
+    param->nColorDropout = SetSDKColorDropout();
+    param->bAdvColorDropout = flag(SetSDKAdv_ColorDropout());
     param->nSplit = SetSDKSplit();
     param->nMerge = SetSDKMerge();
+    param->nDenoise = SetSDKDenoise();
+    param->nBackGround = SetSDKBackGround();
+    param->bAutoText = flag(SetSDKAutoText());
     param->nAutoTextMode = SetSDKAutoTextMod();
+    param->bMultiFeed = flag(SetSDKMultiFeed());
+    param->bRemoveHole = flag(SetSDKRemoveHole());
+    param->bRemoveBlank = flag(ui->checkBox_blank->isChecked() ? 1 : 0);
+    param->nBlankThresoldValue = ui->BlankSlider->value();
+    param->bDeviceOption = flag(m_deviceOption);
 }
 
 rules::FileControls MainWindow::fileControls() const

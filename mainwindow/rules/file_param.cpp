@@ -46,13 +46,12 @@ FileParamFault fillNames(const FileControls& controls, FileParam* param)
     }
     if (param->bTimeNamed == 1) {
         param->nTimeNamedType = timeNameTypeCode(controls.dateOrder);
-    } else if (!copyNamePart(
-                   // without a digit count nothing is sent, whatever a template left in the field
-                   defStartBit(controls.serialStart, controls.serialDigits), param->szIndex)) {
-
-        return FileParamFault::kSerialRefused;
+        return FileParamFault::kNone;
     }
-    return FileParamFault::kNone;
+    // without a digit count nothing is sent, whatever a template left in the field
+    const QString start = defStartBit(controls.serialStart, controls.serialDigits);
+    return copyNamePart(start, param->szIndex) ? FileParamFault::kNone
+                                               : FileParamFault::kSerialRefused;
 }
 
 std::string line(const char* name, int value)

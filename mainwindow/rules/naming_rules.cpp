@@ -66,29 +66,14 @@ QString timeStampFormat(const QString& separatorText, const QString& dateOrder)
         value.isEmpty() || value == QLatin1String("-") || value == QLatin1String("_");
     const QString separator = plain ? value : literal(value);
 
-    QStringList parts;
-    switch (timeNameTypeCode(dateOrder)) {
-    case static_cast<int>(orva::DateOrder::kMonthDayYear):
-        parts << "MM"
-              << "dd"
-              << "yyyy";
-        break;
-    case static_cast<int>(orva::DateOrder::kDayMonthYear):
-        parts << "dd"
-              << "MM"
-              << "yyyy";
-        break;
-    default:
-        parts << "yyyy"
-              << "MM"
-              << "dd";
-        break;
+    QStringList date { "yyyy", "MM", "dd" };
+    const int order = timeNameTypeCode(dateOrder);
+    if (order == static_cast<int>(orva::DateOrder::kMonthDayYear)) {
+        date = QStringList { "MM", "dd", "yyyy" };
+    } else if (order == static_cast<int>(orva::DateOrder::kDayMonthYear)) {
+        date = QStringList { "dd", "MM", "yyyy" };
     }
-    parts << "hh"
-          << "mm"
-          << "ss"
-          << "zzz";
-    return parts.join(separator);
+    return (date + QStringList { "hh", "mm", "ss", "zzz" }).join(separator);
 }
 
 QString timeStamp(const QDateTime& time, const QString& separatorText, const QString& dateOrder)

@@ -2,7 +2,6 @@
 #include "tests/mainwindow/window_fixture.h"
 
 #include <QCheckBox>
-#include <QComboBox>
 #include <QLabel>
 #include <QPushButton>
 
@@ -14,15 +13,6 @@ class Device : public WindowTest
 {
 protected:
     bool hidden(const char* name) { return control<QWidget>(name)->isHidden(); }
-    QStringList items(const char* name)
-    {
-        QStringList all;
-        const auto* list = control<QComboBox>(name);
-        for (int i = 0; i < list->count(); ++i) {
-            all.append(list->itemText(i));
-        }
-        return all;
-    }
 };
 
 TEST_F(Device, ListsEveryDeviceWithItsTexts)
@@ -66,34 +56,12 @@ TEST_F(Device, ChoosingTheSecondOfTwoLeavesItSelectedInTheLibrary)
     EXPECT_TRUE(waitCount("GetButtonStatus", 1));
 }
 
-TEST_F(Device, FillsTheListsFromTheChosenSource)
-{
-    fake.script("paper@2|Legal|0|0|215|355\nresolution@2|150|150|150\n");
-    choose();
-    EXPECT_EQ(items("scanSourceComBo"),
-        QStringList(
-            { QStringLiteral("平板"), QStringLiteral("ADF单面"), QStringLiteral("ADF双面") }));
-    EXPECT_EQ(text("scanSourceComBo"), QStringLiteral("ADF单面")); // the first feeder
-    EXPECT_EQ(text("paperTypeComBo"), QStringLiteral("A4"));
-    EXPECT_EQ(text("DPIComBo"), QStringLiteral("200"));
-    EXPECT_FALSE(items("MergeComBo").contains(QStringLiteral("上下合并")));
-
-    select("scanSourceComBo", "ADF双面");
-    EXPECT_EQ(fake.callsOf("SetScanSource").back().arguments.front(), "2");
-    EXPECT_EQ(items("paperTypeComBo"), QStringList(QStringLiteral("Legal")));
-    EXPECT_EQ(items("DPIComBo"), QStringList(QStringLiteral("150")));
-    EXPECT_TRUE(items("MergeComBo").contains(QStringLiteral("上下合并")));
-
-    select("scanSourceComBo", "平板");
-    EXPECT_EQ(text("paperTypeComBo"), QStringLiteral("A4"));
-    EXPECT_EQ(text("DPIComBo"), QStringLiteral("150")) << "kept, since the list has it";
-}
-
 TEST_F(Device, ClassAndSerialDecideTheControls)
 {
     choose(); // A serial, AvH4, device information with IsHigh
     EXPECT_FALSE(hidden("ColorDropoutComBox"));
     EXPECT_FALSE(hidden("button_setPrefeed"));
+    EXPECT_EQ(text("scanSourceComBo"), QStringLiteral("ADF单面")) << "the first feeder";
     EXPECT_TRUE(hidden("RemoveHoleChkBox"));
     EXPECT_TRUE(control<QPushButton>("button_SetSleepTime")->isEnabled());
     EXPECT_EQ(fake.count("SetPrefeed"), 1);

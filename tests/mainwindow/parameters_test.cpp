@@ -152,6 +152,11 @@ TEST_F(Parameters, BlackAndWhiteSerialRecordsByteByByte)
     select("ColorDropoutComBox", "绿色");
     check("ColorDropoutchkBox", true);
     check("autoCropChkBox", false);
+    check("autoRotatChkBox", true);
+    select("autoRotateModComBox", "复杂识别");
+    check("RemoveHoleChkBox", true);
+    select("scanSourceComBo", "ADF双面");
+    select("MergeComBo", "左右合并");
     check("serialNameRadio", true);
     control<QSpinBox>("nameNoLenSpinBox")->setValue(5);
     control<QLineEdit>("nameNoSerialEdit")->setText(QStringLiteral("12"));
@@ -160,7 +165,17 @@ TEST_F(Parameters, BlackAndWhiteSerialRecordsByteByByte)
     control<QSpinBox>("threholdSpinBox")->setValue(200); // the document type has brought its own
     ASSERT_EQ(window().onSetScanConfig(0), 0);
     EXPECT_EQ(sent("SetImageParam"),
-        Bytes(68).i32(12, 200).i32(24, 2).u8(28, 1).i32(60, 55).u8(64, 1).hex());
+        Bytes(68)
+            .i32(12, 200)
+            .i32(24, 2)
+            .u8(28, 1)
+            .i32(36, 2)
+            .u8(48, 1)
+            .i32(52, 3)
+            .u8(57, 1)
+            .i32(60, 55)
+            .u8(64, 1)
+            .hex());
     EXPECT_EQ(sent("SetFileParam"),
         Bytes(312).text(0, outputFolder()).text(288, "00012").i32(308, 2).hex());
     EXPECT_EQ(sent("SetColorMode"), "2");
@@ -173,6 +188,7 @@ TEST_F(Parameters, PreviewIsOneJpegASide)
     ASSERT_EQ(window().onSetScanConfig(1), 0);
     EXPECT_EQ(fake.lastFileParam().nFormatIndex, 0);
     EXPECT_EQ(fake.lastFileParam().nMultiPage, 0);
+    EXPECT_EQ(sent("SetImageParam").substr(0, 4), "0101") << "levels and cropping are automatic";
 }
 
 TEST_F(Parameters, RefusedSourceSendsNothingElse)

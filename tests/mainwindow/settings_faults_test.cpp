@@ -8,12 +8,10 @@
 #include <QSpinBox>
 
 #include <linux/capability.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <filesystem>
 
 namespace fs = std::filesystem;
@@ -22,7 +20,6 @@ namespace {
 
 constexpr int kFactory = 18;
 constexpr int kStored = -30;
-constexpr rlim_t kFullAt = 512;
 
 enum class Disk
 {
@@ -61,30 +58,6 @@ private:
     __user_cap_data_struct m_before[2] {};
 };
 
-/// While it lives, no file can grow over kFullAt bytes.
-class FullDisk
-{
-public:
-    FullDisk()
-        : m_handler(std::signal(SIGXFSZ, SIG_IGN))
-    {
-        ::getrlimit(RLIMIT_FSIZE, &m_before);
-        const rlimit small { kFullAt, m_before.rlim_max };
-        ::setrlimit(RLIMIT_FSIZE, &small);
-    }
-    ~FullDisk()
-    {
-        ::setrlimit(RLIMIT_FSIZE, &m_before);
-        std::signal(SIGXFSZ, m_handler);
-    }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-
-private:
-    rlimit m_before {};
-    void (*m_handler)(int);
-};
-
 void replaceIn(const std::string& file, const std::string& from, const std::string& to)
 {
     std::string bytes = readBytes(file);
@@ -111,16 +84,6 @@ const std::vector<Fault>& faults()
                 fs::resize_file(file, readBytes(file).find("logicBoxSetLigh") + 17);
             },
             kFactory, kDamaged, Disk::kNewAndDamaged },
-        { "binary rubbish",
-            [](const std::string& file) {
-                writeBytes(file,
-                    "\x7F"
-                    "ELF\x02\x01\xFF\xFE\xC0\n");
-            },
-            kFactory, kDamaged, Disk::kNewAndDamaged },
-        { "zeros, as a power cut leaves them",
-            [](const std::string& file) { writeBytes(file, std::string(2000, '\0')); }, kFactory,
-            kDamaged, Disk::kNewAndDamaged },
         { "50 MB",
             [](const std::string& file) {
                 std::string bytes = readBytes(file);
@@ -234,23 +197,6 @@ TEST_F(SettingsFaults, EndWithAWorkingWindowALineInTheLogAndNothingLost)
     }
     std::error_code none;
     fs::remove_all(folder(), none);
-}
-
-TEST_F(SettingsFaults, AFullDiskWhileClosingLeavesTheOldFile)
-{
-    choose();
-    ASSERT_EQ(closeWindow(), 0);
-    const std::string before = readBytes(file());
-    ASSERT_GT(before.size(), kFullAt);
-    choose();
-    control<QSpinBox>("lightSpinBox")->setValue(kStored);
-    {
-        const FullDisk full;
-        window().writeSetting();
-    }
-    expectOnDisk(Disk::kOld, before);
-    window().writeSetting();
-    EXPECT_NE(readBytes(file()).find("logicBoxSetLigh=-30\n"), std::string::npos);
 }
 
 TEST_F(SettingsFaults, AResolutionThatTheDeviceNoLongerOffersGivesItsDefault)

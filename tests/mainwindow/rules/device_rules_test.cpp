@@ -55,18 +55,6 @@ TEST(Device, OptionsAndSerialAreJudgedCaseSensitively)
     EXPECT_FALSE(isASerial(""));
 }
 
-TEST(Device, AboutTextsHoldEveryPiece)
-{
-    const AboutTexts t = aboutTexts("li", "Orvascan 100", "A17", "1.2", "3.4");
-    EXPECT_TRUE(t.windowTitle.contains("Velmar数字化安全采集系统"));
-    EXPECT_TRUE(t.windowTitle.contains("li"));
-    EXPECT_EQ(t.appName, "应用软件名称：Velmar数字化安全采集系统");
-    EXPECT_EQ(t.device, "当前设备:Orvascan 100");
-    EXPECT_EQ(t.serialNumber, "设备序列号:A17");
-    EXPECT_TRUE(t.versions.contains("驱动(1.2)"));
-    EXPECT_TRUE(t.versions.contains("固件(3.4)"));
-}
-
 TEST(Device, WindowPlace)
 {
     EXPECT_EQ(windowPosition({ 1920, 1080 }, { 800, 600 }), QPoint(560, 210));

@@ -1,6 +1,5 @@
 // What a setting becomes on its way into the library's records, and the lines that tell it.
 #include "mainwindow/rules/file_param.h"
-#include "mainwindow/rules/image_param.h"
 #include "mainwindow/rules/param_codes.h"
 
 #include <QString>
@@ -23,27 +22,6 @@ std::vector<int> codesOf(int (*code)(const QString&), const std::vector<const ch
         codes.push_back(code(QString::fromUtf8(text)));
     }
     return codes;
-}
-
-ImageControls busyControls()
-{
-    ImageControls c;
-    c.colorMode = "彩色";
-    c.autoLevel = c.autoCrop = true;
-    c.brightness = -7;
-    c.contrast = 38;
-    c.threshold = 128;
-    c.gamma = 1.1;
-    c.rotation = "右旋90度";
-    c.dropout = "蓝色";
-    c.merge = "左右合并";
-    c.denoiseIndex = 2;
-    c.textOrientation = true;
-    c.textOrientationMode = "复杂识别";
-    c.removeBlank = true;
-    c.blankThreshold = 55;
-    c.deviceOption = true;
-    return c;
 }
 
 FileControls serialControls(const char* start, int digits)
@@ -113,41 +91,6 @@ TEST(ParamCodes, ModesThatHangOnASecondControl)
     EXPECT_EQ(multiPageCode(false, false), 0);
 }
 
-TEST(ImageRecord, ColourSendsTheTonesAndNoThreshold)
-{
-    ImageParam p;
-    std::memset(&p, 0xA5, sizeof(p));
-    fillImageParam(busyControls(), &p);
-    EXPECT_EQ(p.nBrightness, -7);
-    EXPECT_EQ(p.nContrast, 38);
-    EXPECT_EQ(p.nThresold, 0);
-    EXPECT_FLOAT_EQ(p.nGamma, 1.1F);
-    EXPECT_EQ(p.nRotateAngle, 2);
-    EXPECT_EQ(p.nColorDropout, 3);
-    EXPECT_EQ(p.nSplit, 0);
-    EXPECT_EQ(p.nMerge, 2);
-    EXPECT_EQ(p.nDenoise, 4);
-    EXPECT_EQ(p.nAutoTextMode, 3);
-    EXPECT_EQ(p.nBlankThresoldValue, 55);
-    EXPECT_EQ(p.bDeviceOption, 1);
-    EXPECT_EQ(p.bMultiFeed, 0);
-    EXPECT_THAT(bytesAt(p, { 2, 3, 29, 30, 31, 49, 50, 51, 59, 65, 66, 67 }), testing::Each(0));
-}
-
-TEST(ImageRecord, AnyModeThatHoldsBlackWhiteSendsTheThresholdAlone)
-{
-    for (const char* mode : { "黑白", "黑白(误差扩散)" }) {
-        ImageControls c = busyControls();
-        c.colorMode = mode;
-        ImageParam p;
-        fillImageParam(c, &p);
-        EXPECT_EQ(p.nThresold, 128) << mode;
-        EXPECT_EQ(p.nBrightness, 0) << mode;
-        EXPECT_EQ(p.nContrast, 0) << mode;
-        EXPECT_EQ(p.nGamma, 0.0F) << mode;
-    }
-}
-
 TEST(FileRecord, SerialStartIsPaddedAndTheDateOrderIsNotWritten)
 {
     FileParam p;
@@ -164,23 +107,6 @@ TEST(FileRecord, SerialStartIsPaddedAndTheDateOrderIsNotWritten)
     EXPECT_STREQ(p.szIndex, "12");
     ASSERT_EQ(fillFileParam(serialControls("12", 0), false, &p), FileParamFault::kNone);
     EXPECT_STREQ(p.szIndex, "") << "no digit count, no start";
-}
-
-TEST(FileRecord, TimeNamingSendsTheOrderAndNoSerial)
-{
-    FileControls c = serialControls("7", 4);
-    c.timeNamed = true;
-    c.serialNamed = false;
-    c.dateOrder = "日月年";
-    c.separator = "无";
-    FileParam p;
-    ASSERT_EQ(fillFileParam(c, false, &p), FileParamFault::kNone);
-    EXPECT_EQ(p.nTimeNamedType, 2);
-    EXPECT_STREQ(p.szIndex, "");
-    EXPECT_STREQ(p.szSeparator, "");
-    c.dateOrder = "其他";
-    ASSERT_EQ(fillFileParam(c, false, &p), FileParamFault::kNone);
-    EXPECT_EQ(p.nTimeNamedType, -1);
 }
 
 TEST(FileRecord, LongestTextsFitAndOneByteMoreIsRefusedWithANotice)
@@ -227,8 +153,12 @@ TEST(FileRecord, AFolderOf255BytesFitsAndAnotherByteLeavesTheRecordAlone)
 
 TEST(SentParameters, LinesInTheirOrderAndWording)
 {
-    ImageParam image;
-    fillImageParam(busyControls(), &image);
+    ImageParam image {};
+    image.bAutoCropDeskew = image.bAutoLevel = image.bRemoveBlank = 1;
+    image.nContrast = 38;
+    image.nBrightness = -7;
+    image.nGamma = 1.1F;
+    image.nBlankThresoldValue = 55;
     FileParam file;
     FileControls controls = serialControls("7", 3);
     controls.prefix = "doc";

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <set>
 #include <string>
 
@@ -20,40 +19,6 @@ TEST(SettingsKeys, RowsStandAtTheirPlaceAndKeysAreUnique)
         EXPECT_TRUE(written.insert(row.writeKey).second) << row.writeKey;
     }
     EXPECT_EQ(place, static_cast<int>(Setting::kCount));
-}
-
-TEST(SettingsKeys, OnlyTheDateOrderIsReadUnderAnotherLetterCaseThanItIsWritten)
-{
-    std::map<std::string, std::string> different;
-    for (const SettingRow& row : settingRows()) {
-        if (std::string(row.readKey) != row.writeKey) {
-            different[row.readKey] = row.writeKey;
-        }
-    }
-    const std::map<std::string, std::string> expected { { "FileTimeFormat", "FileTimeformat" },
-        { "FileTimeFormatEnable", "FileTimeformatEnable" } };
-    EXPECT_EQ(different, expected);
-}
-
-TEST(SettingsKeys, EverySettingButTheDropoutIsReadAndRepeatsAreMarked)
-{
-    std::map<Setting, int> reads;
-    for (const ReadStep& step : readOrder()) {
-        EXPECT_EQ(step.again, reads[step.id]++ > 0) << settingRow(step.id).readKey;
-    }
-    std::set<std::string> unread;
-    std::set<std::string> twice;
-    for (const SettingRow& row : settingRows()) {
-        if (reads.count(row.id) == 0) {
-            unread.insert(row.readKey);
-        } else if (reads[row.id] == 2) {
-            twice.insert(row.readKey);
-        }
-    }
-    EXPECT_EQ(unread, (std::set<std::string> { "ColorDropoutComBox", "ColorDropoutchkBox" }));
-    EXPECT_EQ(twice,
-        (std::set<std::string> { "ScanSource", "ScanColorMode", "FileStartBit", "onspinBoxvalue",
-            "logicBoxAutoLevel", "IsTimeSave", "IsCoverSameNameFile" }));
 }
 
 TEST(SettingsKeys, AStoredIndexThatTheListDoesNotHaveLeavesTheListAlone)
