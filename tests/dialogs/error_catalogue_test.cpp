@@ -4,12 +4,12 @@
 #include "tests/support/sandbox.h"
 
 #include <QFile>
+#include <QRegularExpression>
 
 #include <gmock/gmock.h>
 
 #include <atomic>
 #include <filesystem>
-#include <regex>
 #include <thread>
 
 using testing::HasSubstr;
@@ -161,14 +161,17 @@ TEST_F(ErrorCatalogueTest, ReplacedWhileItIsReadItIsOneOrTheOther)
 TEST_F(ErrorCatalogueTest, TheInstalledOneTellsWhatToDoForEveryCodeOfTheLibrary)
 {
     catalogue.getErrorCode(QStringLiteral(TARVEX_SOURCE_DIR "/packaging/ErrorCode.xml"));
-    const std::string header = readBytes(TARVEX_SOURCE_DIR "/sdk/result_codes.h");
-    const std::regex line("\n +k[A-Za-z]+ = (-[0-9]+),");
+    const QString header =
+        QString::fromStdString(readBytes(TARVEX_SOURCE_DIR "/sdk/result_codes.h"));
+    const QRegularExpression line(QStringLiteral("\n +k[A-Za-z]+ = (-[0-9]+),"));
     std::size_t codes = 0;
-    for (std::sregex_iterator at(header.begin(), header.end(), line), end; at != end; ++at) {
+    for (auto found = line.globalMatch(header); found.hasNext();) {
+        const QRegularExpressionMatch match = found.next();
         ++codes;
-        const ErrorEntry* entry = catalogue.find(std::stoi((*at)[1]));
-        ASSERT_NE(entry, nullptr) << at->str();
-        EXPECT_TRUE(entry->contents.contains(QStringLiteral("。"))) << at->str();
+        const ErrorEntry* entry = catalogue.find(match.captured(1).toInt());
+        ASSERT_NE(entry, nullptr) << match.captured().toStdString();
+        EXPECT_TRUE(entry->contents.contains(QStringLiteral("。")))
+            << match.captured().toStdString();
     }
     EXPECT_GE(codes, 30U);
     EXPECT_EQ(catalogue.size(), codes) << "a text for a code that the library does not give";
