@@ -383,7 +383,7 @@ private:
     int sendSource();
     void sendPaper();
     void sendResolution();
-    rules::FileControls fileControls() const;
+    rules::FileControls fileControls();
     int fillFileRecord(int IsScanPreview, FileParam* param);
     void logSentParameters(const ImageParam& image, const FileParam& file);
 

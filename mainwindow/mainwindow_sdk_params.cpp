@@ -153,21 +153,21 @@ void MainWindow::SetSDKImageParam(ImageParam* param)
     param->bDeviceOption = flag(m_deviceOption);
 }
 
-rules::FileControls MainWindow::fileControls() const
+rules::FileControls MainWindow::fileControls()
 {
     rules::FileControls controls;
     controls.folder = ui->filePathEdit->text();
-    controls.prefix = ui->fileNamePreEdit->text();
-    controls.separator = ui->seperateCombo->currentText();
-    controls.timeNamed = ui->timeNameRadio->isChecked();
-    controls.serialNamed = ui->serialNameRadio->isChecked();
-    controls.dateOrder = ui->timeNametypeCombo->currentText();
-    controls.serialStart = ui->nameNoSerialEdit->text();
+    controls.prefix = QString::fromStdString(SetSDKNamePre());
+    controls.separator = QString::fromStdString(SetSDKSeparator());
+    controls.timeNamed = NamedIsTimeOrNumber() == 1;
+    if (controls.timeNamed) {
+        controls.dateOrder = SetSDKTimeNameType();
+    }
+    controls.serialStart = QString::fromStdString(SetSDKSerialNameStart());
     controls.serialDigits = ui->nameNoLenSpinBox->value();
     controls.coverSameName = ui->sameNameCoverRadio->isChecked();
-    controls.singlePage = ui->singlepage_radio->isChecked();
-    controls.multiPage = ui->multipage_radio->isChecked();
-    controls.fileType = ui->fileTypeCombo->currentText();
+    controls.multiPage = SetSDKIsMultipage();
+    controls.fileFormat = SetSDKFileFormat();
     controls.docType = ui->comboBox_doc->currentIndex();
     return controls;
 }
@@ -178,9 +178,7 @@ int MainWindow::fillFileRecord(int IsScanPreview, FileParam* param)
     const rules::FileControls controls = fileControls();
     rules::FileParamFault fault = rules::fillFileParam(controls, IsScanPreview == 1, param);
     if (fault == rules::FileParamFault::kNone) {
-        if (param->bTimeNamed == 1) {
-            SetSDKTimeNameType(); // tells the run log about an unknown order
-        } else {
+        if (param->bTimeNamed == 0) {
             runLog("++++++++++++Set NameStartBit = %s ++++++++++", param->szIndex);
         }
         std::puts("MainWindow::onSetScanConfig() ---1");

@@ -1,7 +1,6 @@
 #include "mainwindow/rules/file_param.h"
 
 #include "mainwindow/rules/naming_rules.h"
-#include "mainwindow/rules/param_codes.h"
 
 #include <QByteArray>
 
@@ -41,11 +40,11 @@ FileParamFault fillNames(const FileControls& controls, FileParam* param)
     if (!copyNamePart(controls.prefix, param->szFileName)) {
         return FileParamFault::kPrefixRefused;
     }
-    if (!copyNamePart(separatorValue(controls.separator), param->szSeparator)) {
+    if (!copyNamePart(controls.separator, param->szSeparator)) {
         return FileParamFault::kSeparatorRefused;
     }
     if (param->bTimeNamed == 1) {
-        param->nTimeNamedType = timeNameTypeCode(controls.dateOrder);
+        param->nTimeNamedType = controls.dateOrder;
         return FileParamFault::kNone;
     }
     // without a digit count nothing is sent, whatever a template left in the field
@@ -79,11 +78,10 @@ FileParamFault fillFileParam(const FileControls& controls, bool preview, FilePar
     std::memset(param, 0, sizeof(*param));
 
     param->nDocType = controls.docType;
-    param->bTimeNamed =
-        static_cast<std::uint8_t>(timeNamedCode(controls.timeNamed, controls.serialNamed));
+    param->bTimeNamed = controls.timeNamed ? 1 : 0;
     param->bSameNameCover = controls.coverSameName ? 1 : 0;
-    param->nFormatIndex = preview ? 0 : fileFormatCode(controls.fileType);
-    param->nMultiPage = preview ? 0 : multiPageCode(controls.singlePage, controls.multiPage);
+    param->nFormatIndex = preview ? 0 : controls.fileFormat;
+    param->nMultiPage = preview ? 0 : controls.multiPage;
 
     const FileParamFault fault = fillNames(controls, param);
     if (fault != FileParamFault::kNone) {

@@ -11,21 +11,19 @@
 
 namespace rules {
 
-/// What the settings page shows. Texts are the current texts of lists and fields.
+/// What the settings page gives: texts of its fields, and the codes of param_codes.h.
 struct FileControls
 {
     QString folder;
     QString prefix;
-    QString separator; ///< text of the separator list, 无 included
-    bool timeNamed = true; ///< 时间命名 is checked
-    bool serialNamed = false; ///< 序号命名 is checked
-    QString dateOrder;
+    QString separator; ///< empty for 无
+    bool timeNamed = true;
+    int dateOrder = 0; ///< when named by time
     QString serialStart; ///< text of the field, not yet padded
     int serialDigits = 0;
     bool coverSameName = true;
-    bool singlePage = true;
-    bool multiPage = false;
-    QString fileType;
+    int multiPage = 0;
+    int fileFormat = 0;
     int docType = 0; ///< index
 };
 

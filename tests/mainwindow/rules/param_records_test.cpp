@@ -28,13 +28,11 @@ FileControls serialControls(const char* start, int digits)
 {
     FileControls c;
     c.timeNamed = false;
-    c.serialNamed = true;
     c.serialStart = start;
     c.serialDigits = digits;
     c.separator = "-";
-    c.fileType = "pdf";
-    c.singlePage = false;
-    c.multiPage = true;
+    c.fileFormat = 4;
+    c.multiPage = 1;
     return c;
 }
 

@@ -2,6 +2,7 @@
 // of its own: over all combinations of the naming controls both must say the same.
 #include "mainwindow/rules/file_param.h"
 #include "mainwindow/rules/naming_rules.h"
+#include "mainwindow/rules/param_codes.h"
 #include "scanlib/base/file_naming.h"
 #include "scanlib/session/output_settings.h"
 
@@ -20,15 +21,13 @@ OutputSettings received(const rules::NamingControls& controls, bool multiPage = 
     rules::FileControls file;
     file.folder = "/tmp";
     file.prefix = controls.prefix;
-    file.separator = controls.separator;
+    file.separator = rules::separatorValue(controls.separator);
     file.timeNamed = controls.byTime;
-    file.serialNamed = !controls.byTime;
-    file.dateOrder = controls.dateOrder;
+    file.dateOrder = rules::timeNameTypeCode(controls.dateOrder);
     file.serialStart = controls.serialStart;
     file.serialDigits = controls.serialDigits;
-    file.fileType = controls.fileType;
-    file.singlePage = !multiPage;
-    file.multiPage = multiPage;
+    file.fileFormat = rules::fileFormatCode(controls.fileType);
+    file.multiPage = multiPage ? 1 : 0;
     FileParam record;
     EXPECT_EQ(rules::fillFileParam(file, false, &record), rules::FileParamFault::kNone);
     std::copy_n("/tmp", 5, record.szFilePath);
