@@ -5,8 +5,12 @@
 #include "scanlib/ocr/models.h"
 #include "scanlib/ocr/orientation.h"
 #include "scanlib/ocr/recogniser_pool.h"
+#include "scanlib/ocr/straightening.h"
 #include "scanlib/ocr/tesseract_engine.h"
+#include "scanlib/page/ops/reduced.h"
+#include "scanlib/page/ops/skew.h"
 
+#include <cmath>
 #include <mutex>
 #include <new>
 #include <thread>
@@ -18,11 +22,17 @@ namespace {
 /// A page full of small print takes some ten seconds on a slow machine.
 constexpr std::chrono::seconds kPageLimit { 120 };
 
+/// Tilts of less than this cost the recognition nothing.
+constexpr double kLeastTilt = 1.0;
+/// What the measure of tilt wants.
+constexpr double kTiltDpi = 100;
+
 /// What a worker needs for a page, with the memory of the page before.
 struct Reader
 {
     TesseractEngine engine;
     GrayPicture picture;
+    GrayPicture straight;
 };
 
 using ReaderPool = RecogniserPool<Reader>;
@@ -69,6 +79,21 @@ private:
     ReaderPool& m_pool;
     ReaderPool::Item m_reader;
 };
+
+/// Reads the page as if it lay straight; the words' places are those on the page as it lies.
+Status readStraight(const Page& page, const StopWish& stop, Reader& reader, PageText& out)
+{
+    takeGray(page, wholePage(page), 1, reader.picture);
+    const double tilt = textSkewDegrees(reducedGray(page, kTiltDpi).gray);
+    if (std::abs(tilt) < kLeastTilt) {
+        return reader.engine.read(reader.picture, stop, kPageLimit, out);
+    }
+    const Straightening straightening(reader.picture.width, reader.picture.height, tilt);
+    straightening.straighten(reader.picture, reader.straight);
+    Status status = reader.engine.read(reader.straight, stop, kPageLimit, out);
+    straightening.tiltBack(out);
+    return status;
+}
 
 template <typename Body>
 Status guarded(Body body)
@@ -126,8 +151,7 @@ public:
             if (Status status = reader.take(m_settings, m_settings.languages); !status.ok()) {
                 return status;
             }
-            takeGray(page, wholePage(page), 1, reader->picture);
-            return reader->engine.read(reader->picture, stop, kPageLimit, out);
+            return readStraight(page, stop, *reader, out);
         });
     }
 

@@ -12,6 +12,9 @@ namespace orva {
 /// 2 x 2 pixels, which nearly halves the file and leaves print readable. kPageTooLarge above
 /// 65,500 pixels.
 std::unique_ptr<PageEncoder> makeJpegEncoder();
+/// The same picture in progressive order with tables of its own: a sixth smaller, several times the
+/// work. For pages whose recognition takes far longer than that.
+std::unique_ptr<PageEncoder> makeSmallJpegEncoder();
 /// BMP: 24 bits, 8 bits with a grey palette, 1 bit with white and black. kPageTooLarge from 4 GiB.
 std::unique_ptr<PageEncoder> makeBmpEncoder();
 /// PNG: 8-bit RGB, 8-bit grey, 1-bit grey.
@@ -24,6 +27,8 @@ std::unique_ptr<PageEncoder> makeTiffEncoder();
 std::unique_ptr<PageEncoder> makeFaxEncoder();
 /// Bare CCITT group 4 data for black-and-white, JPEG for the others.
 std::unique_ptr<PageEncoder> makePdfEncoder();
+/// The same with the small form of JPEG (ISO 32000-1, 7.4.8: progressive from PDF 1.3 on).
+std::unique_ptr<PageEncoder> makePdfTextEncoder();
 /// JPEG, and PNG for black-and-white.
 std::unique_ptr<PageEncoder> makeOfdEncoder();
 /// Nothing but the geometry: the file is made of the recognised text.

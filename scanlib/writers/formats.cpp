@@ -24,7 +24,7 @@ const std::array kFormats {
     OutputFormat { FileFormat::kPng, false, false, makePngEncoder, makeSinglePageWriter },
     OutputFormat { FileFormat::kTif, true, false, makeTiffEncoder, makeStandardTiffWriter },
     OutputFormat { FileFormat::kPdf, true, false, makePdfEncoder, makePdfWriter },
-    OutputFormat { FileFormat::kPdfText, true, true, makePdfEncoder, makePdfTextWriter },
+    OutputFormat { FileFormat::kPdfText, true, true, makePdfTextEncoder, makePdfTextWriter },
     OutputFormat { FileFormat::kOfd, true, false, makeOfdEncoder, makeOfdWriter },
     OutputFormat { FileFormat::kOfdText, true, true, makeOfdEncoder, makeOfdTextWriter },
     OutputFormat { FileFormat::kTxt, true, true, makeTextEncoder, makeTxtWriter },

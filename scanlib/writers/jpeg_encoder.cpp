@@ -80,6 +80,12 @@ void setDensity(std::vector<std::uint8_t>& jpeg, double dpiX, double dpiY)
 
 class JpegEncoder : public PageEncoderBase
 {
+public:
+    explicit JpegEncoder(bool progressive)
+        : m_flags(progressive ? TJFLAG_PROGRESSIVE : 0)
+    {
+    }
+
 protected:
     Status encodeBytes(const Page& page, const EncodeOptions& options,
         std::vector<std::uint8_t>& out) const override
@@ -113,7 +119,7 @@ protected:
         unsigned long size = kept ? compressor.size : 0;
         const int failed = tjCompress2(compressor.handle.get(), pixels, page.width, 0, page.height,
             color ? TJPF_RGB : TJPF_GRAY, &jpeg, &size, sampling, quality,
-            kept ? TJFLAG_NOREALLOC : 0);
+            m_flags | (kept ? TJFLAG_NOREALLOC : 0));
         const std::unique_ptr<unsigned char, FreeBuffer> grown(kept ? nullptr : jpeg);
         if (failed != 0) {
             return { kInternal, std::string("JPEG: ") + tjGetErrorStr2(compressor.handle.get()) };
@@ -122,13 +128,21 @@ protected:
         setDensity(out, page.dpiX, page.dpiY);
         return {};
     }
+
+private:
+    const int m_flags;
 };
 
 } // namespace
 
 std::unique_ptr<PageEncoder> makeJpegEncoder()
 {
-    return std::make_unique<JpegEncoder>();
+    return std::make_unique<JpegEncoder>(false);
+}
+
+std::unique_ptr<PageEncoder> makeSmallJpegEncoder()
+{
+    return std::make_unique<JpegEncoder>(true);
 }
 
 } // namespace orva

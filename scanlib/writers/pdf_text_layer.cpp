@@ -80,7 +80,8 @@ std::string PdfTextLayer::content(
                 const double y = place.vertical ? run.start : place.base + place.slope * run.start;
                 const double natural = size * static_cast<double>(run.letters.size());
                 out += turn + operand(x * unitsPerPixelX) + operand(height - y * unitsPerPixelY)
-                    + "Tm " + operand(100 * run.length * along / natural) + "Tz <";
+                    + "Tm " + operand(100 * run.length * along / (natural * std::cos(angle)))
+                    + "Tz <";
                 for (const char32_t letter : run.letters) {
                     out += hexCode(codeOf(letter));
                 }

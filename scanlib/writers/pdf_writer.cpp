@@ -328,18 +328,31 @@ private:
 class PdfEncoder : public PageEncoder
 {
 public:
+    explicit PdfEncoder(std::unique_ptr<PageEncoder> forTones)
+        : m_forTones(std::move(forTones))
+    {
+    }
+
     Status encode(const Page& page, const EncodeOptions& options, EncodedPage& out) const override
     {
         const bool bits = page.format == PixelFormat::kBlackWhite;
-        return (bits ? makeFaxEncoder() : makeJpegEncoder())->encode(page, options, out);
+        return (bits ? *m_forBits : *m_forTones).encode(page, options, out);
     }
+
+private:
+    const std::unique_ptr<PageEncoder> m_forBits = makeFaxEncoder();
+    const std::unique_ptr<PageEncoder> m_forTones;
 };
 
 } // namespace
 
 std::unique_ptr<PageEncoder> makePdfEncoder()
 {
-    return std::make_unique<PdfEncoder>();
+    return std::make_unique<PdfEncoder>(makeJpegEncoder());
+}
+std::unique_ptr<PageEncoder> makePdfTextEncoder()
+{
+    return std::make_unique<PdfEncoder>(makeSmallJpegEncoder());
 }
 std::unique_ptr<DocumentWriter> makePdfWriter()
 {
