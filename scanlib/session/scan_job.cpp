@@ -173,6 +173,10 @@ ResultCode ScanJob::end()
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
         sides = m_sides;
+        if (m_fault.ok() && !m_unread.ok()) {
+            m_fault = m_unread;
+            m_dispatcher.postError(m_fault.code(), CallbackDispatcher::Clock::now());
+        }
         result = m_fault;
     }
     m_dispatcher.postEnd(sides);
@@ -423,8 +427,8 @@ Status ScanJob::process(Group& group, const OutputFormat& format, const PageEnco
     return {};
 }
 
-/// What is recognised, in the form for the spool. A page that cannot be read stays a page: its text
-/// is empty, and the log tells.
+/// What is recognised, in the form for the spool. A page that cannot be read stays a page without
+/// text and holds nothing up; the log names it, and the job ends with the error.
 std::string ScanJob::textOf(const Page& page)
 {
     PageText text;
@@ -436,6 +440,10 @@ std::string ScanJob::textOf(const Page& page)
     if (!status.ok()) {
         libraryLog(
             "side %d has no text: %d, %s", page.number, status.code(), status.detail().c_str());
+        if (status.code() != kCancelled) {
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            m_unread = m_unread.ok() ? status : m_unread;
+        }
         return {};
     }
     return serialised(text);

@@ -102,6 +102,7 @@ private:
     mutable std::mutex m_mutex; ///< guards what follows
     Device* m_feeding = nullptr; ///< while requestCancel makes sense
     Status m_fault; ///< the first one
+    Status m_unread; ///< why the first page without text has none; told at the end
     std::map<int, Finished> m_early; ///< groups that wait for an earlier one
     int m_nextSequence = 0;
     bool m_broken = false; ///< a group that failed has had its turn

@@ -394,6 +394,37 @@ SessionTest::SessionTest()
     setUpSession();
 }
 
+WordyRecognition::WordyRecognition(int unreadable, std::size_t letters)
+    : m_unreadable(unreadable)
+    , m_letters(letters)
+{
+}
+
+Status WordyRecognition::prepare(const RecognitionNeeds& /*needs*/)
+{
+    return {};
+}
+
+Status WordyRecognition::read(const Page& page, const StopWish& /*stop*/, PageText& out)
+{
+    return page.number == m_unreadable
+        ? Status(kRecognitionFailed, "cannot be read")
+        : parsePageText(
+            "P 0 0 9 9\nL 0 0 9 9 9 9\nW 0 0 9 9 50 " + wordOf(page.number, m_letters) + '\n', out);
+}
+
+Status WordyRecognition::findTurn(
+    const Page& /*page*/, TextOrientation /*mode*/, const StopWish& /*stop*/, RotateAngle& out)
+{
+    out = RotateAngle::kNone;
+    return {};
+}
+
+std::string wordOf(int number, std::size_t letters)
+{
+    return std::string(letters, static_cast<char>('a' + number % 26));
+}
+
 SessionTest::~SessionTest()
 {
     session.reset();
@@ -412,6 +443,9 @@ SessionParts SessionTest::parts()
     result.tools = fakeTools(pages);
     result.config.limits = limits;
     result.paths.config = folder.path() / "orva-sdk.conf";
+    if (changeParts) {
+        changeParts(result);
+    }
     return result;
 }
 

@@ -104,6 +104,25 @@ private:
 
 orva::PageTools fakeTools(PageScript& script);
 
+/// Recognises nothing: every page comes with one word of a letter of its own, wordOf(number),
+/// but the one that cannot be read.
+class WordyRecognition : public orva::TextRecognition
+{
+public:
+    explicit WordyRecognition(int unreadable = 0, std::size_t letters = 20'000);
+    void warmUp() override { }
+    orva::Status prepare(const orva::RecognitionNeeds& needs) override;
+    orva::Status read(
+        const orva::Page& page, const orva::StopWish& stop, orva::PageText& out) override;
+    orva::Status findTurn(const orva::Page& page, orva::TextOrientation mode,
+        const orva::StopWish& stop, orva::RotateAngle& out) override;
+
+private:
+    const int m_unreadable;
+    const std::size_t m_letters;
+};
+std::string wordOf(int number, std::size_t letters = 20'000);
+
 /// Pages (by number) that a file of the fake format holds; {-1} when it is not complete.
 std::vector<int> pagesOf(const std::filesystem::path& file);
 
@@ -124,6 +143,8 @@ protected:
     ~SessionTest() override;
 
     orva::SessionParts parts();
+    /// What a test has otherwise; applied by parts().
+    std::function<void(orva::SessionParts&)> changeParts;
     /// Releases the session and makes a new one, as a new start of the application does.
     void restart();
     void setUpSession();

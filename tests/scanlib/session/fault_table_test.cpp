@@ -18,25 +18,6 @@ using namespace orva;
 
 namespace {
 
-/// Nothing is recognised here: each page comes with a long word.
-class WordyRecognition : public TextRecognition
-{
-public:
-    void warmUp() override { }
-    Status prepare(const RecognitionNeeds& /*needs*/) override { return {}; }
-    Status read(const Page& page, const StopWish& /*stop*/, PageText& out) override
-    {
-        const std::string word(20'000, static_cast<char>('a' + page.number % 26));
-        return parsePageText("P 0 0 9 9\nL 0 0 9 9 9 9\nW 0 0 9 9 50 " + word + '\n', out);
-    }
-    Status findTurn(const Page& /*page*/, TextOrientation /*mode*/, const StopWish& /*stop*/,
-        RotateAngle& out) override
-    {
-        out = RotateAngle::kNone;
-        return {};
-    }
-};
-
 std::string operatorText(int code)
 {
     const std::string catalogue = contentOf(ERROR_CATALOGUE);
@@ -59,7 +40,8 @@ std::string joined(const std::vector<std::string>& names)
 bool isWhole(const std::filesystem::path& file)
 {
     const std::map<std::string, std::string> checks { { ".pdf", "qpdf --check" },
-        { ".ofd", "unzip -tq" }, { ".tif", "tiffinfo -D" }, { ".xls", "xls2csv" } };
+        { ".ofd", "unzip -tq" }, { ".tif", "tiffinfo -D" }, { ".xls", "xls2csv" },
+        { ".txt", "iconv -f utf-8 -t utf-8" } };
     const std::string check = checks.at(file.extension());
     return std::system((check + " '" + file.string() + "' >/dev/null 2>&1").c_str()) == 0;
 }
@@ -105,8 +87,8 @@ protected:
     {
         SessionParts result = parts();
         result.tools.findOutputFormat = findOutputFormat;
-        result.tools.makeTextRecognition = [](const RecognitionSettings&) {
-            return std::unique_ptr<TextRecognition>(std::make_unique<WordyRecognition>());
+        result.tools.makeTextRecognition = [this](const RecognitionSettings&) {
+            return std::unique_ptr<TextRecognition>(std::make_unique<WordyRecognition>(unreadable));
         };
         result.tools.runOperations = [this](PageGroup& group, const ImageSettings&) -> Status {
             std::mt19937 random(7);
@@ -131,6 +113,7 @@ protected:
         session->setErrorCallback(Recorder::error);
     }
     std::function<void(int)> duringPage;
+    int unreadable = 0;
 };
 
 } // namespace
@@ -146,6 +129,8 @@ TEST_F(FaultTable, codeTextAndWhatIsOnDisk)
         { "damaged image", FileFormat::kPdf, 0, kDamagedPage, "001.pdf", "001.pdf" },
         { "page of 2 GB", FileFormat::kPdf, 0, kPageTooLarge, "-", "-" },
         { "name taken", FileFormat::kPdf, 0, kOk, "001.pdf 001_2.pdf", "001.pdf 001_2.pdf" },
+        { "page unreadable", FileFormat::kTxt, 0, kRecognitionFailed, "001.txt", "001.txt" },
+        { "page unreadable", FileFormat::kPdfText, 0, kRecognitionFailed, "001.pdf", "001.pdf" },
         { "folder read-only", FileFormat::kPdf, 0, kFolderReadOnly, "-", "-" },
     };
     device.sidePixels = 200;
@@ -169,6 +154,7 @@ TEST_F(FaultTable, codeTextAndWhatIsOnDisk)
         if (fault == "damaged image") {
             device.faultAtSide[4] = kDamagedPage;
         }
+        unreadable = fault == "page unreadable" ? 4 : 0;
         start();
         const bool readOnly = fault == "folder read-only"; // where root may not write either
         session->setFileParam(fileParam(readOnly ? "/sys" : output, { each.format, true }));
@@ -200,6 +186,12 @@ TEST_F(FaultTable, codeTextAndWhatIsOnDisk)
         EXPECT_EQ(contentOf(output / "001.pdf") == "theirs", fault == "name taken");
         for (const std::string& name : namesIn(output)) {
             EXPECT_TRUE(isWhole(output / name) || contentOf(output / name) == "theirs") << name;
+        }
+        if (each.format == FileFormat::kTxt) {
+            const std::string saved = contentOf(output / "001.txt");
+            for (int number = 1; number <= device.sheets; ++number) {
+                EXPECT_EQ(saved.find(wordOf(number)) != std::string::npos, number != unreadable);
+            }
         }
         const std::string text = operatorText(code);
         EXPECT_EQ(text.empty(), code == kOk);

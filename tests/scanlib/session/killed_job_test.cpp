@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <random>
 #include <thread>
 
@@ -28,7 +29,7 @@ protected:
     }
     /// Runs a job in a child and kills it some time after it has reported that many sides. Returns
     /// the number of sides it had reported by then.
-    int runAndKill(bool multiPage, int sides, std::chrono::microseconds later)
+    int runAndKill(const FileChoice& choice, int sides, std::chrono::microseconds later)
     {
         int toParent[2] = {};
         EXPECT_EQ(pipe(toParent), 0);
@@ -41,7 +42,7 @@ protected:
                     _exit(2);
                 }
             });
-            choose({ multiPage ? FileFormat::kPdf : FileFormat::kJpg, multiPage });
+            choose(choice);
             session->scan();
             _exit(0);
         }
@@ -73,8 +74,9 @@ TEST_F(KilledJob, leavesNoBrokenFileAndItsPagesComeBackAtTheNextStart)
     int marked = 0;
     for (int round = 0; round < 16; ++round) {
         const bool multiPage = round % 2 == 0;
-        const int reported = runAndKill(
-            multiPage, static_cast<int>(random() % 96), std::chrono::microseconds(random() % 3000));
+        const int reported =
+            runAndKill({ multiPage ? FileFormat::kPdf : FileFormat::kJpg, multiPage },
+                static_cast<int>(random() % 96), std::chrono::microseconds(random() % 3000));
         killedInTheMiddle += reported > 0 && reported < device.sheets ? 1 : 0;
         for (const std::string& name : visibleNames()) {
             EXPECT_NE(pagesOf(output / name), std::vector<int> { -1 }) << name << " is broken";
@@ -104,4 +106,38 @@ TEST_F(KilledJob, leavesNoBrokenFileAndItsPagesComeBackAtTheNextStart)
     }
     EXPECT_GT(killedInTheMiddle, 3) << "the test must hit running jobs";
     EXPECT_GT(marked, killedInTheMiddle / 2) << "recovered files carry the mark";
+}
+
+TEST_F(KilledJob, theTextOfItsPagesComesBack)
+{
+    static constexpr std::size_t kLetters = 4;
+    device.sheets = 20;
+    device.perSide = 20ms;
+    changeParts = [](SessionParts& parts) {
+        parts.tools.findOutputFormat = findOutputFormat;
+        parts.tools.makeTextRecognition = [](const RecognitionSettings&) {
+            return std::unique_ptr<TextRecognition>(
+                std::make_unique<WordyRecognition>(0, std::size_t { kLetters }));
+        };
+    };
+    for (const bool searchable : { false, true }) {
+        const FileFormat format = searchable ? FileFormat::kPdfText : FileFormat::kTxt;
+        const int reported = runAndKill({ format, true }, 8, 0us);
+        EXPECT_LT(reported, device.sheets);
+        setUpSession();
+        waitForRecovery();
+        session.reset();
+        const std::string name = searchable ? "001_恢复.pdf" : "001_恢复.txt";
+        ASSERT_EQ(visibleNames(), std::vector<std::string> { name });
+        const std::filesystem::path file = searchable ? folder.path() / "words.txt" : output / name;
+        const std::string command =
+            "pdftotext '" + (output / name).string() + "' '" + file.string() + "'";
+        ASSERT_TRUE(!searchable || std::system(command.c_str()) == 0);
+        const std::string text = contentOf(file);
+        for (int number = 1; number <= reported; ++number) {
+            EXPECT_NE(text.find(wordOf(number, kLetters)), std::string::npos)
+                << name << " has no text of side " << number;
+        }
+        std::filesystem::remove(output / name);
+    }
 }
