@@ -7,32 +7,15 @@
 // clang-format on
 
 #include <png.h>
-#include <stdlib.h>
 #include <tiffio.h>
 
 #include <cmath>
 #include <fstream>
-#include <stdexcept>
 
 namespace device_tests {
 
 using orva::Page;
 using orva::PixelFormat;
-
-TemporaryFolder::TemporaryFolder()
-{
-    std::string name = (std::filesystem::temp_directory_path() / "orva-device-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr) {
-        throw std::runtime_error("no temporary folder");
-    }
-    m_path = name;
-}
-
-TemporaryFolder::~TemporaryFolder()
-{
-    std::error_code ignored;
-    std::filesystem::remove_all(m_path, ignored);
-}
 
 Page quarters(int width, int height, PixelFormat format, double dpi)
 {
@@ -159,11 +142,6 @@ void writeTiff(const std::filesystem::path& file, const std::vector<Page>& pages
         TIFFWriteDirectory(tiff);
     }
     TIFFClose(tiff);
-}
-
-void writeText(const std::filesystem::path& file, const std::string& text)
-{
-    std::ofstream(file, std::ios::binary) << text;
 }
 
 std::vector<int> quarterColor(const Page& page, int quarter)

@@ -51,33 +51,6 @@ TEST_F(SaneBatch, EmptyFeederIsNoPaperWhereverItIsTold)
     EXPECT_THAT(runJob(), ElementsAre(10, 1000));
 }
 
-TEST_F(SaneBatch, EveryStatusAtStartAndAtReadHasItsCode)
-{
-    open();
-    const std::vector<std::pair<SANE_Status, orva::ResultCode>> rows {
-        { SANE_STATUS_UNSUPPORTED, orva::kNotSupported },
-        { SANE_STATUS_CANCELLED, orva::kCancelled }, { SANE_STATUS_DEVICE_BUSY, orva::kDeviceBusy },
-        { SANE_STATUS_INVAL, orva::kDeviceBadParameter }, { SANE_STATUS_JAMMED, orva::kPaperJam },
-        { SANE_STATUS_COVER_OPEN, orva::kCoverOpen }, { SANE_STATUS_IO_ERROR, orva::kDeviceIo },
-        { SANE_STATUS_NO_MEM, orva::kNoMemory }, { SANE_STATUS_ACCESS_DENIED, orva::kAccessDenied }
-    };
-    for (const auto& [status, code] : rows) {
-        SCOPED_TRACE(status);
-        ScriptFrame refusing;
-        refusing.start = status;
-        m_script.frames = { grayFrame(4, 6, 10) };
-        m_script.frames.insert(m_script.frames.end(), 10, refusing); // busy is tried again
-        ASSERT_EQ(configure().code(), orva::kOk);
-        EXPECT_THAT(runJob(), ElementsAre(10, code));
-        ScriptFrame breaking = grayFrame(4, 6, 20);
-        breaking.reads[1].status = status;
-        m_script.frames = { grayFrame(4, 6, 10), breaking };
-        ASSERT_EQ(configure().code(), orva::kOk);
-        EXPECT_THAT(runJob(), ElementsAre(10, code));
-    }
-    EXPECT_EQ(m_script.count("cancel"), static_cast<int>(rows.size()) * 2);
-}
-
 TEST_F(SaneBatch, BusyIsTriedAgainAndStaleOptionsAreSetOnceMore)
 {
     open();
@@ -92,21 +65,6 @@ TEST_F(SaneBatch, BusyIsTriedAgainAndStaleOptionsAreSetOnceMore)
     const int before = m_script.count("set source");
     EXPECT_THAT(runJob(), ElementsAre(20, 1000));
     EXPECT_EQ(m_script.count("set source"), before + 1);
-}
-
-TEST_F(SaneBatch, AFrameThatCannotBeStopsTheDeviceAndHasItsCode)
-{
-    open();
-    ScriptFrame hollow;
-    hollow.parameters = parameters(SANE_FRAME_GRAY, 4, 6, 8);
-    ScriptFrame huge = grayFrame(4, 6, 20);
-    huge.parameters = parameters(SANE_FRAME_RGB, 90'000, 90'000, 8);
-    for (const auto& [frame, code] :
-        { std::pair(hollow, orva::kDeviceIo), std::pair(huge, orva::kPageTooLarge) }) {
-        m_script.frames = { grayFrame(4, 6, 10), frame };
-        ASSERT_EQ(configure().code(), orva::kOk);
-        EXPECT_THAT(runJob(), ElementsAre(10, code));
-    }
 }
 
 TEST_F(SaneBatch, DoubleFeedIsToldFromAJamByTheSensor)

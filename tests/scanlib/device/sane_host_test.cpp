@@ -1,6 +1,6 @@
 // Helper processes that die or hang at the worst moment, and the way over the network.
-#include "tests/scanlib/device/image_files.h"
 #include "tests/scanlib/device/test_backend.h"
+#include "tests/scanlib/temporary_folder.h"
 
 #include <gtest/gtest.h>
 #include <sys/prctl.h>
@@ -33,7 +33,7 @@ protected:
         m_device = m_driver->create(found[0]);
     }
     /// Pages delivered, and the code at the end; 1000 for the end of feed.
-    std::pair<int, int> runJob(const std::function<void(int)>& beforePage = {})
+    std::pair<int, int> runJob()
     {
         orva::AcquireSettings settings;
         settings.source = 1;
@@ -42,9 +42,6 @@ protected:
         orva::Status status = m_device->open();
         status = status.ok() ? m_device->configure(settings) : status;
         for (int pages = 0;; ++pages) {
-            if (beforePage) {
-                beforePage(pages);
-            }
             orva::Page page;
             bool end = false;
             status = status.ok() ? m_device->nextPage(page, end, m_token) : status;
@@ -61,20 +58,6 @@ protected:
     orva::CancelToken m_token;
     std::string m_detail; ///< of the end of the last job
 };
-
-TEST_F(SaneHelper, IsOneProcessWhileAScannerIsOpenAndGoneAfterwards)
-{
-    list();
-    EXPECT_TRUE(runningHelpers().empty()); // the search is over
-    ASSERT_EQ(m_device->open().code(), orva::kOk);
-    EXPECT_EQ(runningHelpers().size(), 1U);
-    EXPECT_EQ(runJob().second, 1000);
-    EXPECT_EQ(runningHelpers().size(), 1U);
-    const auto start = Clock::now();
-    m_device.reset();
-    EXPECT_LT(Clock::now() - start, 1s);
-    EXPECT_TRUE(runningHelpers().empty());
-}
 
 /// What the helper does, what the job ends with and how many pages it keeps, within which time.
 TEST_F(SaneHelper, ThatDiesOrHangsCostsTheJobAndTheNextOneRuns)
@@ -104,28 +87,6 @@ TEST_F(SaneHelper, ThatDiesOrHangsCostsTheJobAndTheNextOneRuns)
         m_device.reset();
         EXPECT_TRUE(runningHelpers().empty());
     }
-}
-
-TEST_F(SaneHelper, KilledInTheMiddleOfAPageLeavesTheFinishedOnes)
-{
-    wish({ { "read-limit", "1" }, { "read-limit-size", "64" }, { "read-delay", "1" },
-        { "read-delay-duration", "200000" } });
-    list();
-    std::thread killer;
-    const auto result = runJob([&](int page) {
-        if (page == 1) {
-            killer = std::thread([] {
-                std::this_thread::sleep_for(100ms);
-                for (const int pid : runningHelpers()) {
-                    ::kill(pid, SIGKILL);
-                }
-            });
-        }
-    });
-    killer.join();
-    EXPECT_EQ(result, (std::pair<int, int> { 1, orva::kDriverCrashed }));
-    wish({});
-    EXPECT_EQ(runJob(), (std::pair<int, int> { 10, 1000 }));
 }
 
 TEST_F(SaneHelper, AReadThatNeverReturnsIsCancelledWithinTwoSeconds)
@@ -200,9 +161,9 @@ public:
         : m_address("127.66." + std::to_string(::getpid() >> 8 & 255) + "."
             + std::to_string((::getpid() & 127) + 1))
     {
-        writeText(m_folder.path() / "dll.conf", "test\n");
-        writeText(m_folder.path() / "test.conf", "number_of_devices 1\n");
-        writeText(m_folder.path() / "saned.conf", "127.0.0.0/8\n");
+        writeFile(m_folder.path() / "dll.conf", "test\n");
+        writeFile(m_folder.path() / "test.conf", "number_of_devices 1\n");
+        writeFile(m_folder.path() / "saned.conf", "127.0.0.0/8\n");
         m_pid = ::fork();
         if (m_pid == 0) {
             ::prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -231,8 +192,8 @@ TEST_F(SaneHelper, ReachesAScannerOfAnotherMachineThroughItsDaemon)
 {
     const Daemon daemon;
     const TemporaryFolder client;
-    writeText(client.path() / "dll.conf", "net\n");
-    writeText(client.path() / "net.conf", "connect_timeout = 3\n" + daemon.address() + "\n");
+    writeFile(client.path() / "dll.conf", "net\n");
+    writeFile(client.path() / "net.conf", "connect_timeout = 3\n" + daemon.address() + "\n");
     orva::SaneParts parts = testBackendParts();
     ::setenv("SANE_CONFIG_DIR", client.path().c_str(), 1);
     m_driver = orva::makeSaneDriver(parts);

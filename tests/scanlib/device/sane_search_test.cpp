@@ -1,6 +1,6 @@
 // Finding scanners and opening them: slow and hanging searches, replugged devices, names, lists.
-#include "tests/scanlib/device/image_files.h"
 #include "tests/scanlib/device/script_fixture.h"
+#include "tests/scanlib/temporary_folder.h"
 
 #include <gmock/gmock.h>
 
@@ -109,27 +109,12 @@ TEST_F(SaneFinding, AScannerThatIsAwayIsNotSearchedForAtEveryLook)
     EXPECT_EQ(m_script.count("get_devices"), 2); // of the list, and of the first look
 }
 
-TEST_F(SaneFinding, OpenFaultsHaveTheirCodes)
-{
-    open();
-    m_device.reset();
-    for (const auto& [status, code] : std::vector<std::pair<SANE_Status, orva::ResultCode>> {
-             { SANE_STATUS_DEVICE_BUSY, orva::kDeviceBusy },
-             { SANE_STATUS_ACCESS_DENIED, orva::kAccessDenied },
-             { SANE_STATUS_IO_ERROR, orva::kDeviceIo },
-             { SANE_STATUS_INVAL, orva::kDeviceNotFound } }) {
-        m_script.openStatus["script:0"] = status;
-        auto device = m_driver->create(m_driver->enumerate(1s).front());
-        EXPECT_EQ(device->open().code(), code);
-    }
-}
-
 TEST(SaneLists, DriversThatAskTheNetworkOrCameLaterAreSearchedByThemselves)
 {
     const TemporaryFolder folder;
     std::filesystem::create_directory(folder.path() / "dll.d");
-    writeText(folder.path() / "dll.conf", "# remark\nfujitsu\n  net # remark\n\ngenesys\nhpaio\n");
-    writeText(folder.path() / "dll.d" / "added", "airscan\nhpaio\n");
+    writeFile(folder.path() / "dll.conf", "# remark\nfujitsu\n  net # remark\n\ngenesys\nhpaio\n");
+    writeFile(folder.path() / "dll.d" / "added", "airscan\nhpaio\n");
     std::vector<std::string> groups;
     for (const orva::BackendGroup& group :
         orva::backendGroups({ folder.path() / "none", folder.path() })) {
@@ -167,7 +152,7 @@ TEST(SaneLists, UsbDevicesGetSerialNumberAndProductFromTheKernel)
     for (const auto& [name, text] : std::vector<std::pair<const char*, const char*>> {
              { "busnum", "1\n" }, { "devnum", "12\n" }, { "serial", "A1B2\n" },
              { "idVendor", "0a1b\n" }, { "idProduct", "00c2\n" } }) {
-        writeText(device / name, text);
+        writeFile(device / name, text);
     }
     orva::FoundDevice found { "epsonds:libusb:001:012", "", "", "", "", "" };
     orva::addUsbFacts(found, folder.path().string());

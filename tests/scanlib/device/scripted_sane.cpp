@@ -155,7 +155,7 @@ SANE_Status doControl(SANE_Handle, SANE_Int index, SANE_Action action, void* val
         option.value = option.type == SANE_TYPE_FIXED ? SANE_UNFIX(word) : word;
     }
     if (info != nullptr) {
-        *info = option.info;
+        *info = 0;
     }
     return SANE_STATUS_GOOD;
 }

@@ -45,7 +45,6 @@ struct ScriptOption
     int max = 0; ///< range when larger than min
     std::string text {};
     double value = 0;
-    SANE_Int info = 0; ///< given back when it is set
 };
 
 SANE_Parameters parameters(SANE_Frame format, int width, int lines, int depth, bool last = true);

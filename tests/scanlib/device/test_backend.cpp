@@ -1,6 +1,6 @@
 #include "tests/scanlib/device/test_backend.h"
 
-#include "tests/scanlib/device/image_files.h"
+#include "tests/scanlib/temporary_folder.h"
 
 #include <unistd.h>
 
@@ -24,7 +24,7 @@ void wish(const BackendWishes& wishes)
     for (const auto& [name, value] : wishes) {
         lines.append(name).append(" ").append(value).append("\n");
     }
-    writeText(wishesFile(), lines);
+    writeFile(wishesFile(), lines);
     ::setenv("ORVA_TEST_WISHES", wishesFile().c_str(), 1);
 }
 
@@ -32,8 +32,8 @@ std::string testBackendFolder()
 {
     static const TemporaryFolder folder;
     static const bool written = [] {
-        writeText(folder.path() / "dll.conf", "test\n");
-        writeText(folder.path() / "test.conf", "number_of_devices 1\n");
+        writeFile(folder.path() / "dll.conf", "test\n");
+        writeFile(folder.path() / "test.conf", "number_of_devices 1\n");
         return true;
     }();
     (void)written;

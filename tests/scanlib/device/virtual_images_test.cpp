@@ -55,33 +55,20 @@ TEST_F(VirtualImages, EveryFormatGivesItsPixelsAndItsResolution)
         expectQuarters(page, std::string(name) == "a.jpg" ? 4 : 0);
         // PNM carries no resolution: 64 pixels across 210 mm
         EXPECT_NEAR(page.dpiX, std::string(name) == "a.ppm" ? 64 * 25.4 / 210 : 150, 0.02);
-    }
-}
-
-TEST_F(VirtualImages, ColorReadAsGrayHasTheLumaOfItsColors)
-{
-    const Page picture = quarters(64, 48, PixelFormat::kRgb, 150);
-    writeJpeg(file("a.jpg"), picture);
-    writePng(file("a.png"), picture);
-    writeTiff(file("a.tif"), { picture }, false);
-    writePnm(file("a.ppm"), picture);
-    for (const char* name : { "a.jpg", "a.png", "a.tif", "a.ppm" }) {
-        SCOPED_TRACE(name);
-        Page page;
         ASSERT_EQ(readImage(file(name), 0, PixelFormat::kGray, page).code(), orva::kOk);
         ASSERT_EQ(page.pixels.size(), 64U * 48);
-        EXPECT_NEAR(quarterColor(page, 0)[0], 76, 3); // 0.299 * 255
-        EXPECT_NEAR(quarterColor(page, 1)[0], 150, 3); // 0.587 * 255
-        EXPECT_NEAR(quarterColor(page, 2)[0], 29, 3); // 0.114 * 255
-        EXPECT_NEAR(quarterColor(page, 3)[0], 255, 1);
+        for (const auto& [quarter, gray] :
+            { std::pair(0, 76), { 1, 150 }, { 2, 29 }, { 3, 255 } }) {
+            EXPECT_NEAR(quarterColor(page, quarter)[0], gray, 3) << "quarter " << quarter;
+        }
     }
 }
 
 TEST_F(VirtualImages, BitmapsComeOutAsBlackInkOnWhite)
 {
     writeTiff(file("g4.tif"), { quarters(64, 48, PixelFormat::kGray, 200) }, true);
-    writeText(file("raw.pbm"), std::string("P4\n10 2\n") + "\x80\x40" + std::string("\x00\x00", 2));
-    writeText(file("plain.pbm"), "P1\n# ink\n3 2\n101\n0 1 0\n");
+    writeFile(file("raw.pbm"), std::string("P4\n10 2\n") + "\x80\x40" + std::string("\x00\x00", 2));
+    writeFile(file("plain.pbm"), "P1\n# ink\n3 2\n101\n0 1 0\n");
     Page page;
     ASSERT_EQ(readImage(file("g4.tif"), 0, PixelFormat::kGray, page).code(), orva::kOk);
     EXPECT_DOUBLE_EQ(page.dpiX, 200);
@@ -97,30 +84,6 @@ TEST_F(VirtualImages, BitmapsComeOutAsBlackInkOnWhite)
             0, 0, 0, 255, 255, 255, 0, 0, 0, 255, 255, 255, 0, 0, 0, 255, 255, 255));
 }
 
-TEST_F(VirtualImages, PnmValuesAreScaledToEightBits)
-{
-    writeText(file("four.pgm"), "P2\n2 1\n15\n15 5\n");
-    writeText(file("wide.pgm"), std::string("P5\n2 1\n65535\n") + "\xff\xff" + "\x80\x80");
-    Page page;
-    ASSERT_EQ(readImage(file("four.pgm"), 0, PixelFormat::kGray, page).code(), orva::kOk);
-    EXPECT_THAT(page.pixels, testing::ElementsAre(255, 85));
-    ASSERT_EQ(readImage(file("wide.pgm"), 0, PixelFormat::kGray, page).code(), orva::kOk);
-    EXPECT_THAT(page.pixels, testing::ElementsAre(255, 128));
-}
-
-TEST_F(VirtualImages, PagesOfATiffAreReadOneByOne)
-{
-    writeTiff(file("two.tif"), { plain(20, 30, 10, 100), plain(40, 20, 200, 100) }, false);
-    int count = 0;
-    ASSERT_EQ(orva::countImages(file("two.tif"), count).code(), orva::kOk);
-    EXPECT_EQ(count, 2);
-    Page page;
-    ASSERT_EQ(readImage(file("two.tif"), 1, PixelFormat::kGray, page).code(), orva::kOk);
-    EXPECT_EQ(page.width, 40);
-    EXPECT_EQ(page.pixels[0], 200);
-    EXPECT_EQ(readImage(file("two.tif"), 2, PixelFormat::kGray, page).code(), orva::kDamagedPage);
-}
-
 TEST_F(VirtualImages, AFileCutOffAnywhereIsRefusedWithItsName)
 {
     const Page picture = quarters(200, 160, PixelFormat::kRgb, 150);
@@ -129,7 +92,7 @@ TEST_F(VirtualImages, AFileCutOffAnywhereIsRefusedWithItsName)
     writeTiff(file("a.tif"), { picture }, false);
     writeTiff(file("g4.tif"), { quarters(200, 160, PixelFormat::kGray, 150) }, true);
     writePnm(file("a.ppm"), picture);
-    writeText(file("a.pgm"), "P2\n200 200\n255\n1 2 3 4");
+    writeFile(file("a.pgm"), "P2\n200 200\n255\n1 2 3 4");
     for (const char* name : { "a.jpg", "a.png", "a.tif", "g4.tif", "a.ppm", "a.pgm" }) {
         const auto whole = fs::file_size(file(name));
         for (const double share : { 0.97, 0.6, 0.3, 0.05, 0.0 }) {
@@ -159,7 +122,7 @@ TEST_F(VirtualImages, BrokenBytesNeverDoMoreThanRefuseThePage)
         for (std::size_t i = 0; i < whole.size(); i += 3) {
             std::string broken = whole;
             broken[i] = static_cast<char>(broken[i] ^ (i % 2 == 0 ? 0xff : 0x10));
-            writeText(file("broken"), broken);
+            writeFile(file("broken"), broken);
             Page page;
             int count = 0;
             const orva::ResultCode code =
@@ -174,9 +137,9 @@ TEST_F(VirtualImages, BrokenBytesNeverDoMoreThanRefuseThePage)
 
 TEST_F(VirtualImages, SizesPastTheLimitTakeNoMemory)
 {
-    writeText(file("wide.ppm"), "P6\n900000 2\n255\nxxxxxxxx");
-    writeText(file("huge.pgm"), "P2\n29000 29000\n255\n1 2 3");
-    writeText(file("liar.ppm"), "P6\n12000 12000\n255\nxxxxxxxx");
+    writeFile(file("wide.ppm"), "P6\n900000 2\n255\nxxxxxxxx");
+    writeFile(file("huge.pgm"), "P2\n29000 29000\n255\n1 2 3");
+    writeFile(file("liar.ppm"), "P6\n12000 12000\n255\nxxxxxxxx");
     writePng(file("big.png"), plain(31000, 2, 9, 0));
     Page page;
     EXPECT_EQ(readImage(file("wide.ppm"), 0, PixelFormat::kRgb, page).code(), orva::kPageTooLarge);
@@ -184,16 +147,8 @@ TEST_F(VirtualImages, SizesPastTheLimitTakeNoMemory)
     EXPECT_EQ(readImage(file("big.png"), 0, PixelFormat::kGray, page).code(), orva::kPageTooLarge);
     EXPECT_EQ(readImage(file("liar.ppm"), 0, PixelFormat::kRgb, page).code(), orva::kDamagedPage);
     EXPECT_LT(page.pixels.capacity(), 1000U * 1000);
-    writeText(file("text.png"), "not an image at all");
+    writeFile(file("text.png"), "not an image at all");
     EXPECT_EQ(readImage(file("text.png"), 0, PixelFormat::kGray, page).code(), orva::kDamagedPage);
-}
-
-TEST(SheetPlacing, AgreeingSheetStaysWhereItIs)
-{
-    Page page = quarters(100, 60, PixelFormat::kRgb, 254);
-    const std::uint8_t* const before = page.pixels.data();
-    orva::placeSheet(page, { 0, 0, 10, 6, 254, 254 });
-    EXPECT_EQ(page.pixels.data(), before);
 }
 
 TEST(SheetPlacing, CutAndPaddedInTheSameResolution)
@@ -225,23 +180,6 @@ TEST(SheetPlacing, ResamplingKeepsPositionsColorsAndWhite)
         const int middle = page.width / 2;
         EXPECT_GT(page.row(5)[3 * (middle - 3)], 250);
         EXPECT_LT(page.row(5)[3 * (middle + 2)], 5);
-    }
-}
-
-/// One pixel in nine is black: the average must come out, not one of the nine.
-TEST(SheetPlacing, ShrinkingAverages)
-{
-    Page page = plain(90, 90, 255, 300);
-    for (int y = 0; y < 90; y += 3) {
-        for (int x = 0; x < 90; x += 3) {
-            page.row(y)[x] = 0;
-        }
-    }
-    orva::placeSheet(page, { 0, 0, 7.62, 7.62, 100, 100 });
-    for (int y = 2; y < 28; ++y) {
-        for (int x = 2; x < 28; ++x) {
-            ASSERT_NEAR(page.row(y)[x], 255 * 8 / 9, 30) << x << ' ' << y;
-        }
     }
 }
 
