@@ -2,7 +2,6 @@
 #include "tests/scanlib/session/fakes.h"
 
 #include <future>
-#include <random>
 #include <thread>
 
 using namespace fakes;
@@ -61,35 +60,6 @@ TEST_F(Cancelling, deviceThatWaitsForPaperIsWoken)
     session->cancelScan();
     EXPECT_EQ(job.get(), kCancelled);
     EXPECT_LT(std::chrono::steady_clock::now() - begin, 1s);
-}
-
-TEST_F(Cancelling, atEveryMomentOfAJob)
-{
-    std::mt19937 random(7);
-    device.perSide = 0ms;
-    for (int round = 0; round < 60; ++round) {
-        Recorder::instance().reset();
-        std::filesystem::remove_all(output);
-        std::filesystem::create_directory(output);
-        device.sheets = 20;
-        auto job = scanInBackground();
-        std::this_thread::sleep_for(std::chrono::microseconds(random() % 6000));
-        std::thread other([&] { session->cancelScan(); });
-        session->cancelScan();
-        other.join();
-        const int code = job.get();
-        EXPECT_TRUE(code == kCancelled || code == kOk) << code;
-        expectCleanEnd();
-    }
-}
-
-TEST_F(Cancelling, cancellingByTheDeviceIsNoError)
-{
-    device.perSide = 0ms;
-    device.faultAtSide[4] = kCancelled;
-    EXPECT_EQ(session->scan(), kCancelled);
-    expectCleanEnd();
-    EXPECT_EQ(savedPages(), upTo(3));
 }
 
 TEST_F(Cancelling, aCallbackMayCallEverything)

@@ -56,7 +56,7 @@ public:
             return { kCancelled, "open" };
         }
         m_identity.serial = "A-after-open";
-        return m_script.openResult == kOk ? Status() : Status(m_script.openResult, "open");
+        return {};
     }
     const std::vector<PaperSource>& sources() const override { return m_sources; }
     Status configure(const AcquireSettings& /*settings*/) override
@@ -158,8 +158,7 @@ public:
         out.sheet = page.sheet;
         out.side = page.side;
         out.stream = page.stream;
-        const std::string text = "page " + std::to_string(page.number) + "\n"
-            + std::string(g_script->payloadBytes, '.') + (g_script->payloadBytes != 0 ? "\n" : "");
+        const std::string text = "page " + std::to_string(page.number) + "\n";
         out.bytes.assign(text.begin(), text.end());
         if (g_script->duringEncode) {
             g_script->duringEncode(page.number);

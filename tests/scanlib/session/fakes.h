@@ -28,7 +28,6 @@ struct DeviceScript
     int sidePixels = 64; ///< width and height
     std::chrono::milliseconds perSide { 0 };
     std::map<int, orva::ResultCode> faultAtSide;
-    orva::ResultCode openResult = orva::kOk;
     bool paper = true;
     int button = 0;
 
@@ -48,7 +47,6 @@ struct PageScript
     int failOperationsAt = 0;
     int blankSide = 0;
     bool wholeSheets = false;
-    std::size_t payloadBytes = 0; ///< filler behind the page's line
     int failWriterAtPage = 0; ///< the writer finds the disk full at this page
     std::atomic<int> encoded { 0 };
     std::atomic<int> groups { 0 };

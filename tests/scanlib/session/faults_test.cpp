@@ -2,9 +2,6 @@
 // in time, the end once and last.
 #include "tests/scanlib/session/fakes.h"
 
-#include <sys/resource.h>
-
-#include <csignal>
 #include <thread>
 
 using namespace fakes;
@@ -59,25 +56,6 @@ TEST_F(Faults, jamAtSheetThreeOfTen)
     EXPECT_EQ(session->scan(), kOk) << "the next job is not harmed";
 }
 
-TEST_F(Faults, emptyFeederIsAnErrorOnlyBeforeTheFirstSide)
-{
-    device.sheets = 0;
-    scanExpecting(kNoPaper);
-    Recorder::instance().reset();
-    device.sheets = 10;
-    device.faultAtSide[3] = kNoPaper;
-    EXPECT_EQ(session->scan(), kOk);
-    EXPECT_EQ(savedPages(), upTo(2));
-}
-
-TEST_F(Faults, deviceThatCannotBeOpened)
-{
-    device.openResult = kDeviceNotFound;
-    scanExpecting(kDeviceNotFound);
-    EXPECT_EQ(device.delivered, 0);
-    EXPECT_EQ(device.endBatches, 0);
-}
-
 TEST_F(Faults, damagedPageLeavesTheOthers)
 {
     device.sheets = 6;
@@ -121,22 +99,6 @@ TEST_F(Faults, diskFullInADocumentKeepsWhatFitsAndTheRestForTheNextStart)
     EXPECT_TRUE(isSpoolEmpty());
 }
 
-TEST_F(Faults, diskThatIsReallyFull)
-{
-    device.sheets = 8;
-    pages.payloadBytes = 30'000;
-    choose({ FileFormat::kPdf, true });
-    rlimit before {};
-    getrlimit(RLIMIT_FSIZE, &before);
-    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit small { 100'000, before.rlim_max }; // three pages
-    setrlimit(RLIMIT_FSIZE, &small);
-    scanExpecting(kDiskFull);
-    setrlimit(RLIMIT_FSIZE, &before);
-    std::signal(SIGXFSZ, oldHandler);
-    EXPECT_EQ(savedPages(), upTo(3));
-}
-
 TEST_F(Faults, outputFolderRemovedInTheMiddle)
 {
     device.sheets = 6;
@@ -155,13 +117,6 @@ TEST_F(Faults, outputFolderRemovedInTheMiddle)
     restart();
     EXPECT_TRUE(waitForFiles(static_cast<std::size_t>(reported - saved)))
         << "what was scanned but not saved comes back";
-}
-
-TEST_F(Faults, nothingMovesWhenTheFolderIsWrong)
-{
-    std::filesystem::remove(output);
-    scanExpecting(kFolderMissing);
-    EXPECT_EQ(device.delivered, 0);
 }
 
 TEST_F(Faults, refusedRecordRefusesTheJob)

@@ -21,11 +21,6 @@ TEST(LibraryConfig, takesWhatItKnowsAndLeavesTheRest)
 {
     const TemporaryFolder folder;
     const std::filesystem::path file = folder.path() / "orva-sdk.conf";
-    const LibraryConfig nothing = readLibraryConfig(file, {});
-    EXPECT_EQ(nothing.limits.workers, 0U);
-    EXPECT_EQ(nothing.limits.queueBytes, 96U << 20U);
-    EXPECT_EQ(nothing.listingLimit, 4000ms);
-
     const LibraryConfig all = configOf(file,
         "# remark\n\n  workers=3 \r\nqueue_megabytes =\t64\ncolour = red\nworkers\n"
         "search_limit_ms = 2500");
