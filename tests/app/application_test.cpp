@@ -1,95 +1,63 @@
-// The executable itself, in processes of its own.
+// The executable itself, in a process of its own that has nobody to print to.
 #include "app/install_paths.h"
 #include "tests/fake_sdk/fake_sdk_control.h"
-#include "tests/support/application_process.h"
 #include "tests/support/sandbox.h"
 #include "tests/support/wait.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
 
-using ::testing::HasSubstr;
-using ::testing::Not;
-
 namespace {
 
-constexpr char kSearched[] = "getOnLineScanDevice-- end \n";
+constexpr char kProgram[] = TARVEX_BUILD_DIR "/app/TarvexBaseUI";
 
-std::string pidFile()
+// In the child: standard output is a pipe that nobody reads, or nothing at all is open.
+[[noreturn]] void runProgram(bool closedPipe)
 {
-    return std::string(install_paths::kConfigFolder) + "TarvexBaseUI.pid";
+    int ends[2] = {};
+    if (closedPipe && ::pipe(ends) == 0) {
+        ::dup2(ends[1], STDOUT_FILENO);
+        ::close(ends[0]);
+        ::close(ends[1]);
+    } else {
+        for (const int stream : { STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO }) {
+            ::close(stream);
+        }
+    }
+    ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    ::execl(kProgram, kProgram, nullptr);
+    ::_exit(127);
 }
-std::string idBytes(pid_t process)
-{
-    return std::to_string(process) + std::string(1, '\0');
-}
-
-class ApplicationTest : public ::testing::Test
-{
-protected:
-    ApplicationTest() { FakeSdk(FakeSdk::Variant::kComplete).install(); }
-    Sandbox m_sandbox;
-};
 
 } // namespace
 
-TEST_F(ApplicationTest, aSecondCopyLeavesTheFirstOnesFilesAlone)
+TEST(Application, goesOnWhenNobodyReadsWhatItPrints)
 {
-    writeBytes(Sandbox::runLogFile(), "a line of the run before\n");
-    const std::map<std::string, std::string> record { { "FAKE_SDK_LOG", Sandbox::path("calls") } };
-    ApplicationProcess first(record);
-    ASSERT_TRUE(first.waitForOutput(kSearched)) << first.output();
-    EXPECT_EQ(readBytes(pidFile()), idBytes(first.process()));
-    EXPECT_THAT(Sandbox::runLog(), Not(HasSubstr("a line of the run before")));
-    EXPECT_THAT(Sandbox::runLog(), HasSubstr("[func:getOnLineScanDevices]\n"));
-    EXPECT_THAT(readBytes(Sandbox::path("calls")), HasSubstr("\tSelectScanner\t0\n"));
-
-    ApplicationProcess second;
-    EXPECT_TRUE(
-        waitUntil([] { return Sandbox::runLog().find("write lock fail! ") != std::string::npos; },
-            std::chrono::seconds(20)));
-    EXPECT_EQ(second.waitForEnd(std::chrono::milliseconds(300)), -1) << "its box waits";
-    EXPECT_THAT(second.output(), Not(HasSubstr("new MainWindow")));
-    EXPECT_EQ(readBytes(pidFile()), idBytes(first.process()));
-    EXPECT_THAT(Sandbox::runLog(), HasSubstr("[func:getOnLineScanDevices]\n")) << "not wiped";
-}
-
-TEST_F(ApplicationTest, startsAgainAfterACrash)
-{
-    {
-        ApplicationProcess first;
-        ASSERT_TRUE(first.waitForOutput(kSearched)) << first.output();
-        first.signal(SIGKILL);
-        EXPECT_EQ(first.waitForEnd(), 128 + SIGKILL);
-    }
-    ApplicationProcess second;
-    ASSERT_TRUE(second.waitForOutput(kSearched)) << second.output();
-    EXPECT_EQ(readBytes(pidFile()), idBytes(second.process()));
-}
-
-TEST_F(ApplicationTest, aPidFileThatCannotBeOpenedEndsItWithStatusOne)
-{
-    std::filesystem::create_directories(pidFile()); // a folder in its place
-    ApplicationProcess process;
-    EXPECT_EQ(process.waitForEnd(), 1) << process.output();
-    EXPECT_THAT(process.output(), Not(HasSubstr("new MainWindow")));
-    EXPECT_THAT(Sandbox::runLog(), HasSubstr("return fd = -1, can't open " + pidFile()));
-}
-
-TEST_F(ApplicationTest, goesOnWhenNobodyReadsWhatItPrints)
-{
-    for (const ApplicationProcess::Output output :
-        { ApplicationProcess::Output::kClosedPipe, ApplicationProcess::Output::kNone }) {
+    const Sandbox sandbox;
+    FakeSdk(FakeSdk::Variant::kComplete).install();
+    const auto searched = [] {
+        return Sandbox::runLog().find("[func:getOnLineScanDevices]") != std::string::npos;
+    };
+    for (const bool closedPipe : { true, false }) {
         std::filesystem::remove(Sandbox::runLogFile());
-        ApplicationProcess process({}, output);
-        EXPECT_TRUE(waitUntil(
-            [] {
-                return Sandbox::runLog().find("[func:getOnLineScanDevices]") != std::string::npos;
-            },
-            std::chrono::seconds(20)));
-        EXPECT_EQ(process.waitForEnd(std::chrono::milliseconds(300)), -1) << "it runs on";
-        EXPECT_EQ(readBytes(pidFile()), idBytes(process.process())) << "no printed line in it";
+        const pid_t process = ::fork();
+        if (process == 0) {
+            runProgram(closedPipe);
+        }
+        EXPECT_TRUE(waitUntil(searched, std::chrono::seconds(20)));
+        const auto ended = [&] { return ::waitpid(process, nullptr, WNOHANG) == process; };
+        const bool gone = waitUntil(ended, std::chrono::milliseconds(300));
+        EXPECT_FALSE(gone) << "it runs on";
+        EXPECT_EQ(readBytes(std::string(install_paths::kConfigFolder) + "TarvexBaseUI.pid"),
+            std::to_string(process) + std::string(1, '\0'))
+            << "no printed line in it";
+        if (!gone) {
+            ::kill(process, SIGKILL);
+            ::waitpid(process, nullptr, 0);
+        }
     }
 }

@@ -109,16 +109,6 @@ TEST(SingleInstance, onlyOneProcessHoldsTheLockAndItsIdStaysInTheFile)
     EXPECT_EQ(readBytes(pidFile()), idBytes(second.process()));
 }
 
-TEST(SingleInstance, pidFileThatCannotBeOpenedEndsTheProcessWithStatusOne)
-{
-    const Sandbox sandbox;
-    std::snprintf(chHomePath, sizeof chHomePath, "%s", Sandbox::path("no/folder/x.pid").c_str());
-    EXPECT_EXIT(process_already_running(), ::testing::ExitedWithCode(1), "");
-    EXPECT_THAT(Sandbox::runLog(),
-        HasSubstr("return fd = -1, can't open " + Sandbox::path("no/folder/x.pid")
-            + ": No such file or directory\n"));
-}
-
 TEST(SingleInstance, aLinkInThePidFilesPlaceIsNotFollowed)
 {
     const Sandbox sandbox;

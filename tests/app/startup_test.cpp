@@ -11,18 +11,15 @@
 #include "tests/support/sandbox.h"
 
 #include <QFile>
-#include <QMessageBox>
 #include <QTest>
 #include <QTimer>
 
 #include <gmock/gmock.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <stdexcept>
 
-using ::testing::ElementsAre;
+using ::testing::AllOf;
 using ::testing::HasSubstr;
 
 namespace {
@@ -65,47 +62,6 @@ QDialog* deviceDialog()
     return nullptr;
 }
 
-// Another process that holds the instance lock.
-class LockHolder
-{
-public:
-    LockHolder()
-    {
-        int ends[2] = {};
-        EXPECT_EQ(::pipe(ends), 0);
-        m_process = ::fork();
-        if (m_process == 0) {
-            std::snprintf(
-                chHomePath, sizeof chHomePath, "%sTarvexBaseUI.pid", install_paths::kConfigFolder);
-            const char result = process_already_running() == 0 ? 'y' : 'n';
-            static_cast<void>(!::write(ends[1], &result, 1));
-            ::pause();
-            ::_exit(0);
-        }
-        char result = '?';
-        EXPECT_EQ(::read(ends[0], &result, 1), 1);
-        EXPECT_EQ(result, 'y');
-        ::close(ends[0]);
-        ::close(ends[1]);
-    }
-    ~LockHolder()
-    {
-        ::kill(m_process, SIGKILL);
-        ::waitpid(m_process, nullptr, 0);
-    }
-    LockHolder(const LockHolder&) = delete;
-    LockHolder& operator=(const LockHolder&) = delete;
-    pid_t process() const { return m_process; }
-
-private:
-    pid_t m_process = 0;
-};
-
-std::string pidFile()
-{
-    return std::string(install_paths::kConfigFolder) + "TarvexBaseUI.pid";
-}
-
 } // namespace
 
 TEST(StartUp, searchesAfterOneSecondAndEndsWhenTheChoiceIsCancelled)
@@ -132,41 +88,10 @@ TEST(StartUp, searchesAfterOneSecondAndEndsWhenTheChoiceIsCancelled)
     EXPECT_TRUE(splashSeen);
     EXPECT_TRUE(splashGone);
 
-    std::size_t at = 0;
-    for (const char* line : { "g_MainWindow = new MainWindow; end\n", "g_waitingDlg->show(); \n",
-             "signal(SIGALRM, getOnLineScanDevice); \n",
-             "signal(SIGALRM, getOnLineScanDevice); end\n", "alarm(1);   end\n",
-             "getOnLineScanDevice--\n", "getOnLineScanDevice--1\n", "getOnLineScanDevice--2\n",
-             "getOnLineScanDevice-- end \n" }) {
-        const std::size_t found = printed.find(line, at);
-        ASSERT_NE(found, std::string::npos) << line << "missing or out of order in\n" << printed;
-        at = found;
-    }
-    const std::string id = std::to_string(::getpid()) + std::string(1, '\0');
-    EXPECT_EQ(readBytes(pidFile()), id);
-    EXPECT_EQ(readBytes(std::string(install_paths::kDataRoot) + ".config/tarvex-base.pid"), id);
-    const std::string log = Sandbox::runLog();
-    EXPECT_THAT(log, HasSubstr("]程序启动\n"));
-    EXPECT_THAT(log, HasSubstr("]开启刷屏界面\n"));
-    EXPECT_THAT(log, HasSubstr("]开始获取在线Velmar扫描仪\n"));
-}
-
-TEST(StartUp, aSecondCopyIsRefusedAndMakesNothing)
-{
-    const Sandbox sandbox;
-    const FakeSdk fake;
-    fake.install();
-    const LockHolder first;
-    const AnswerModal answer(QStringLiteral("确 定"));
-    const int status = runApplication();
-    ASSERT_EQ(answer.count(), 1);
-    EXPECT_EQ(answer.title(), QStringLiteral("Velmar安全采集系统"));
-    EXPECT_EQ(answer.text(), QStringLiteral("程序已经打开，\n请勿重复打开!"));
-    EXPECT_EQ(answer.seen()[0].buttons, QStringList { QStringLiteral("确 定") });
-    EXPECT_EQ(status, QMessageBox::Ok) << "what the box returned";
-    EXPECT_EQ(g_MainWindow, nullptr);
-    EXPECT_TRUE(fake.calls().empty()) << "the library was not loaded";
-    EXPECT_EQ(readBytes(pidFile()), std::to_string(first.process()) + std::string(1, '\0'));
+    EXPECT_THAT(printed,
+        AllOf(HasSubstr("alarm(1);   end\ngetOnLineScanDevice--\n"),
+            HasSubstr("getOnLineScanDevice-- end \n")));
+    EXPECT_THAT(Sandbox::runLog(), HasSubstr("]开始获取在线Velmar扫描仪\n"));
 }
 
 TEST(StartUp, anExceptionInTheEventLoopIsLoggedAndTheApplicationGoesOn)
