@@ -1,7 +1,5 @@
 #include "tests/fake_sdk/fake_recorder.h"
 
-#include <cstdlib>
-
 namespace fake {
 
 std::string escaped(const char* text)
@@ -41,16 +39,6 @@ std::string hexBytes(const void* bytes, std::size_t size)
 Recorder::Recorder()
     : m_start(std::chrono::steady_clock::now())
 {
-    if (const char* path = std::getenv("FAKE_SDK_LOG")) {
-        m_file = std::fopen(path, "ae");
-    }
-}
-
-Recorder::~Recorder()
-{
-    if (m_file != nullptr) {
-        std::fclose(m_file);
-    }
 }
 
 void Recorder::add(const std::string& entry, const std::vector<std::string>& arguments)
@@ -69,10 +57,6 @@ void Recorder::add(const std::string& entry, const std::vector<std::string>& arg
     line += '\n';
     m_text += line;
     ++m_counts[entry];
-    if (m_file != nullptr) {
-        std::fputs(line.c_str(), m_file);
-        std::fflush(m_file);
-    }
 }
 
 void Recorder::clear()

@@ -68,10 +68,6 @@ class Recorder
 {
 public:
     Recorder();
-    ~Recorder();
-    Recorder(const Recorder&) = delete;
-    Recorder& operator=(const Recorder&) = delete;
-
     void add(const std::string& entry, const std::vector<std::string>& arguments);
     void clear();
     int count(const std::string& entry);
@@ -83,7 +79,6 @@ private:
     std::map<std::string, int> m_counts;
     std::map<std::thread::id, int> m_threads;
     std::chrono::steady_clock::time_point m_start;
-    std::FILE* m_file = nullptr;
 };
 
 } // namespace fake

@@ -1,17 +1,13 @@
 // How the scripted device is steered; what its entry points answer is in fake_entries.cpp.
 #include "tests/fake_sdk/fake_scanner.h"
 
-#include <fcntl.h>
-#include <poll.h>
-#include <unistd.h>
-
-#include <array>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <sstream>
+#include <thread>
 
 namespace fake {
 
@@ -26,7 +22,6 @@ Scanner::Scanner()
 
 Scanner::~Scanner()
 {
-    stopControl();
     m_jobs.finishAll();
 }
 
@@ -86,52 +81,13 @@ std::optional<int> Scanner::forcedResult(const std::string& entry)
     return code;
 }
 
-// Reads script lines from a FIFO until stopControl. Opened for reading and writing, so that it does
-// not end when a writer goes.
-void Scanner::readControl(const std::string& path)
-{
-    const int fifo = ::open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
-    std::string pending;
-    while (fifo >= 0 && !m_stopControl) {
-        pollfd wanted { fifo, POLLIN, 0 };
-        std::array<char, 1024> part {};
-        if (::poll(&wanted, 1, 20) <= 0) {
-            continue;
-        }
-        const ssize_t got = ::read(fifo, part.data(), part.size());
-        pending.append(part.data(), got > 0 ? static_cast<std::size_t>(got) : 0);
-        const std::size_t end = pending.rfind('\n');
-        if (end != std::string::npos) {
-            runScript(pending.substr(0, end + 1));
-            pending.erase(0, end + 1);
-        }
-    }
-    if (fifo >= 0) {
-        ::close(fifo);
-    }
-}
-
-void Scanner::stopControl()
-{
-    m_stopControl = true;
-    if (m_control.joinable()) {
-        m_control.join();
-    }
-    m_stopControl = false;
-}
-
 int Scanner::Init()
 {
-    const char* path = std::getenv("FAKE_SDK_CONTROL");
-    if (path != nullptr && !m_control.joinable()) {
-        m_control = std::thread([this, file = std::string(path)] { readControl(file); });
-    }
     return orva::kOk;
 }
 
 int Scanner::UnInit()
 {
-    stopControl();
     m_jobs.finishAll();
     return orva::kOk;
 }

@@ -7,11 +7,9 @@
 #include "tests/fake_sdk/fake_job.h"
 #include "tests/fake_sdk/fake_state.h"
 
-#include <atomic>
 #include <mutex>
 #include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace fake {
@@ -37,8 +35,6 @@ public:
 
 private:
     void reset();
-    void readControl(const std::string& path);
-    void stopControl();
     /// Runs the body with the state in hand.
     template <typename Body>
     int with(Body body)
@@ -59,8 +55,6 @@ private:
     std::mutex m_mutex;
     State m_state;
     Jobs m_jobs;
-    std::thread m_control;
-    std::atomic<bool> m_stopControl { false };
 };
 
 } // namespace fake

@@ -49,9 +49,7 @@
 // returned: 0, -44 after CancelScan (steps left are skipped, state -1 is still reported), -14 while
 // another job runs, or what "result|Scan|..." says.
 //
-// Environment, read when the library is loaded: FAKE_SDK_SCRIPT (a file with script lines),
-// FAKE_SDK_LOG (a file that gets a line a call, in the form of fake_calls, as the call is made),
-// FAKE_SDK_CONTROL (a FIFO: script lines written to it are executed at once, from Init to UnInit).
+// Environment, read when the library is loaded: FAKE_SDK_SCRIPT (a file with script lines).
 #pragma once
 
 #include <cstddef>

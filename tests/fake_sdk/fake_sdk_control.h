@@ -72,5 +72,5 @@ private:
     int (*m_scanning)() = nullptr;
 };
 
-/// Reads a file in the form of fake_calls (FAKE_SDK_LOG of a process of its own).
+/// Reads a file in the form of fake_calls.
 std::vector<FakeCall> parseFakeCalls(const std::string& text);
