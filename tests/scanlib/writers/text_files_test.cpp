@@ -77,7 +77,8 @@ TEST_F(TextFile, richTextIsSevenBitWithChineseSizesSectionsAndFacts)
     for (const char* const part :
         { "\\ansicpg936", "\\fcharset134 SimSun", "{\\title \\u25195?\\u25551? & <1>}",
             "\\yr2023\\mo11\\dy1", "\\pgwsxn11909\\pghsxn16841", "\\u26723?\\u26696?\\u31649?",
-            "\\fs29 ", "of \\{C:\\\\x\\}", "\\tx3240\\tx6480", "007\\tab ", "\\par\n\\sect\\sectd\\sbkpage" }) {
+            "\\fs29 ", "of \\{C:\\\\x\\}", "\\tx3240\\tx6480", "007\\tab ",
+            "\\par\n\\sect\\sectd\\sbkpage" }) {
         EXPECT_NE(rtf.find(part), std::string::npos) << part << "\n" << rtf.substr(0, 3000);
     }
 }
