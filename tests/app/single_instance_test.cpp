@@ -5,7 +5,6 @@
 #include "tests/support/sandbox.h"
 #include "tests/support/wait.h"
 
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -152,22 +151,6 @@ TEST(SingleInstance, anotherUserTakesTheLockAllTheSame)
         HasSubstr("[func:process_already_running]chHomePath:" + pidFile() + " chmod fail!\n"));
     EXPECT_THAT(Sandbox::runLog(),
         HasSubstr("[func:process_control_uninstall]pidfile:" + uninstall + " chmod fail!\n"));
-}
-
-TEST(SingleInstance, uninstallFileHoldsTheIdAndIsNotLocked)
-{
-    const Sandbox sandbox;
-    const std::string file = std::string(install_paths::kDataRoot) + ".config/tarvex-base.pid";
-    writeBytes(file, std::string(50, '9'));
-    process_control_uninstall();
-    EXPECT_EQ(readBytes(file), idBytes(::getpid()));
-    EXPECT_EQ(modeOf(file), 0777);
-
-    g_strCommonPath = Sandbox::path("nowhere/");
-    process_control_uninstall();
-    EXPECT_THAT(Sandbox::runLog(),
-        HasSubstr("[func:process_control_uninstall]return fd = -1, can't open "
-            + Sandbox::path("nowhere/.config/tarvex-base.pid")));
 }
 
 TEST(RunLogWipe, isLeftOutWhileAnotherCopyHoldsTheLock)

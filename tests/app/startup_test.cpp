@@ -15,7 +15,6 @@
 #include <QTimer>
 
 #include <gmock/gmock.h>
-#include <unistd.h>
 
 #include <stdexcept>
 

@@ -6,12 +6,9 @@
 #include <gmock/gmock.h>
 
 #include <cstring>
-#include <filesystem>
 
 using ::testing::ElementsAre;
 using ::testing::EndsWith;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 using ::testing::StartsWith;
 
 namespace {

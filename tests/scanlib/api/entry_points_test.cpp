@@ -10,10 +10,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cstring>
 #include <limits>
-#include <map>
 #include <mutex>
 #include <string>
 #include <vector>
