@@ -121,8 +121,9 @@ int appendBytes(const std::string& file, const std::string& bytes, mode_t folder
     return fault;
 }
 
-/// Makes the month's folder and tells its permissions. Who may write into the destination may write
-/// into what lies below it, or the first user of a shared folder would lock the others out.
+/// Makes the month's folder and tells the permissions of what lies in it. Who may write into the
+/// destination may write into what lies below it, or the first user of a shared folder would lock
+/// the others out.
 mode_t makeFolder(const std::string& destination, const std::string& folder)
 {
     std::error_code ignored; // opening the file tells
@@ -133,7 +134,8 @@ mode_t makeFolder(const std::string& destination, const std::string& folder)
     if (isNew && ::stat(destination.c_str(), &status) == 0) {
         ::chmod(folder.c_str(), status.st_mode & 0777U);
     }
-    return ::stat(folder.c_str(), &status) == 0 ? status.st_mode : 0;
+    // Not those of the folder: another user's process may be about to set them.
+    return ::stat(destination.c_str(), &status) == 0 ? status.st_mode : 0;
 }
 
 } // namespace

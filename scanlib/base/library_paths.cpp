@@ -15,7 +15,7 @@ std::filesystem::path programBeside(const char* name, const char* installed)
     if (::dladdr(reinterpret_cast<void*>(&installedLibraryPaths), &self) != 0
         && self.dli_fname != nullptr) {
         std::error_code error;
-        const auto file = std::filesystem::absolute(self.dli_fname, error).parent_path() / name;
+        auto file = std::filesystem::absolute(self.dli_fname, error).parent_path() / name;
         if (!error && std::filesystem::exists(file, error)) {
             return file;
         }

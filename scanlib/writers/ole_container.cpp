@@ -40,7 +40,7 @@ void setText(GsfDocMetaData* facts, const char* name, const std::string& text)
     g_value_init(value, G_TYPE_STRING);
     g_value_set_string(value, text.c_str());
     gsf_doc_meta_data_insert(facts, g_strdup(name), value);
-}
+} // NOLINT(clang-analyzer-unix.Malloc): the value is the property's now
 
 void setTime(GsfDocMetaData* facts, const char* name, std::int64_t unixSeconds)
 {
@@ -51,7 +51,7 @@ void setTime(GsfDocMetaData* facts, const char* name, std::int64_t unixSeconds)
     gsf_timestamp_to_value(time, value);
     gsf_timestamp_free(time);
     gsf_doc_meta_data_insert(facts, g_strdup(name), value);
-}
+} // NOLINT(clang-analyzer-unix.Malloc): the value is the property's now
 
 bool addWorkbook(GsfOutfile* container, const std::vector<std::uint8_t>& workbook)
 {

@@ -105,8 +105,9 @@ std::string PdfTextLayer::unicodeMap() const
     std::vector<std::string> ranges;
     for (const unsigned row : m_rows) {
         const std::string first = hexCode(row << 8U);
-        ranges.push_back(
-            "<" + first + "> <" + hexCode((row << 8U) | 0xFFU) + "> <" + first + ">\n");
+        std::string& range = ranges.emplace_back("<");
+        range.append(first).append("> <").append(hexCode((row << 8U) | 0xFFU));
+        range.append("> <").append(first).append(">\n");
     }
     for (const auto& [letter, code] : m_beyond) {
         ranges.push_back(

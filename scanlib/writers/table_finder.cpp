@@ -111,6 +111,7 @@ std::vector<Row> rowsOf(const PageText& text)
     }
     const double slope = slopeOf(lines);
     std::vector<PlacedLine> placed;
+    placed.reserve(lines.size());
     for (const TextLine* const line : lines) {
         placed.push_back({ line,
             (line->baselineLeft + line->baselineRight) / 2.0

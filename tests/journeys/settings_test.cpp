@@ -171,7 +171,8 @@ protected:
     void chooseFolder(const std::string& button, const std::string& path)
     {
         fs::create_directories(path);
-        ASSERT_EQ(ask("press " + button), "ok");
+        // a dialog before it may still be closing
+        ASSERT_TRUE(waitUntil([&] { return ask("press " + button) == "ok"; }, 5s));
         const WindowId dialog = display().wait("选择保存路径");
         ASSERT_NE(dialog, 0U);
         ASSERT_EQ(ask("set fileNameEdit|" + path), "ok");

@@ -130,9 +130,10 @@ void coverSpeck(Page& page, const Blob& blob)
     const int bottom = std::min(page.height, blob.bottom + 1);
     const std::uint8_t* const paper =
         page.row(top > 0 ? top - 1 : std::min(bottom, page.height - 1));
+    const int bytes = (right - left) * channels;
     for (int y = top; y < bottom; ++y) {
         std::memmove(page.row(y) + left * channels, paper + left * channels,
-            static_cast<std::size_t>((right - left) * channels));
+            static_cast<std::size_t>(bytes));
     }
 }
 

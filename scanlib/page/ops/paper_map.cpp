@@ -236,9 +236,12 @@ void spreadOver(const PaperMap& map, const std::vector<std::uint16_t>& values, i
     const int below = std::min(row + 1, map.rows - 1);
     const int partY = down - row * 256;
     std::vector<int> line(static_cast<std::size_t>(map.columns * channels));
-    for (int i = 0; i < map.columns * channels; ++i) {
-        const int top = values[static_cast<std::size_t>(row * map.columns * channels + i)];
-        const int bottom = values[static_cast<std::size_t>(below * map.columns * channels + i)];
+    const int across = map.columns * channels;
+    const auto* const topRow = &values[static_cast<std::size_t>(row) * line.size()];
+    const auto* const bottomRow = &values[static_cast<std::size_t>(below) * line.size()];
+    for (int i = 0; i < across; ++i) {
+        const int top = topRow[i];
+        const int bottom = bottomRow[i];
         line[static_cast<std::size_t>(i)] = (top * (256 - partY) + bottom * partY) >> 8;
     }
     for (int x = 0; x < width; x += kColumnsAlike) {
@@ -246,12 +249,12 @@ void spreadOver(const PaperMap& map, const std::vector<std::uint16_t>& values, i
         const int column = std::min(along >> 8, std::max(0, map.columns - 2));
         const int next = std::min(column + 1, map.columns - 1);
         const int part = along - column * 256;
+        const int* const here = line.data() + column * channels;
+        const int* const beside = line.data() + next * channels;
         std::array<std::uint16_t, 3> value {};
         for (int c = 0; c < channels; ++c) {
-            value[static_cast<std::size_t>(c)] = static_cast<std::uint16_t>(
-                (line[static_cast<std::size_t>(column * channels + c)] * (256 - part)
-                    + line[static_cast<std::size_t>(next * channels + c)] * part)
-                >> 8);
+            value[static_cast<std::size_t>(c)] =
+                static_cast<std::uint16_t>((here[c] * (256 - part) + beside[c] * part) >> 8);
         }
         for (int i = std::min(kColumnsAlike, width - x); i > 0; --i) {
             out = std::copy_n(value.begin(), channels, out);

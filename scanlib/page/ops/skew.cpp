@@ -68,15 +68,15 @@ double refined(const std::vector<Point>& letters, double coarse, const Page& gra
 {
     constexpr int kSteps = 15;
     std::array<double, 2 * kSteps + 1> values {};
+    double* const middle = values.data() + kSteps;
     for (int i = -kSteps; i <= kSteps; ++i) {
-        values[static_cast<std::size_t>(i + kSteps)] =
-            sharpness(letters, coarse + i * kFineStep, gray);
+        middle[i] = sharpness(letters, coarse + i * kFineStep, gray);
     }
     const double limit = kNearlySharpest * *std::max_element(values.begin(), values.end());
     double sum = 0;
     double weight = 0;
     for (int i = -kSteps; i <= kSteps; ++i) {
-        const double above = std::max(0.0, values[static_cast<std::size_t>(i + kSteps)] - limit);
+        const double above = std::max(0.0, middle[i] - limit);
         sum += above * i;
         weight += above;
     }
