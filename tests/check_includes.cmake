@@ -36,7 +36,8 @@ set(rules
   "^scanlib/device/ => ${border}|scanlib/base/.*\\.h|scanlib/device/device\\.h"
   "^scanlib/page/ => ${border}|scanlib/(base|page)/.*\\.h"
   "^scanlib/writers/ => ${border}|scanlib/(base|writers)/.*\\.h"
-  "^scanlib/ocr/ => ${border}|scanlib/(base|ocr)/.*\\.h"
+  # tilt is found in one way only, for the picture and for its text
+  "^scanlib/ocr/ => ${border}|scanlib/(base|ocr)/.*\\.h|scanlib/page/ops/(reduced|skew)\\.h"
   "^scanlib/session/ => ${border}|scanlib/(base|session|page|writers|ocr)/.*\\.h|scanlib/device/device\\.h|scanlib/device/(virtual|sane)/[a-z]+_driver\\.h"
   # the entry points; composition.cpp is the one place that knows drivers, operations and writers by name
   "^scanlib/api/composition\\.cpp => ${border}|scanlib/.*\\.h"
