@@ -17,12 +17,14 @@ build_packages=(
   build-essential ccache cmake libcjson-dev libcli11-dev libgsf-1-dev libjpeg62-turbo-dev libminizip-dev libpng-dev
   libqpdf-dev libsane-dev libtesseract-dev libtiff-dev libtinyxml-dev libturbojpeg0-dev libxcb1-dev fonts-noto-cjk
   librsvg2-bin ninja-build pkg-config qtbase5-dev qtbase5-dev-tools qttools5-dev qttools5-dev-tools zlib1g-dev)
+# What text recognition reads with.
+model_packages=(tesseract-ocr-chi-sim tesseract-ocr-eng tesseract-ocr-osd)
 # What a run needs on a machine without a display.
 display_packages=(imagemagick openbox x11-utils xauth xdotool xvfb)
 # What the tests need beyond that.
 test_packages=(
-  "${display_packages[@]}" catdoc git libgmock-dev libgtest-dev libsane1 libx11-dev libsane-common libtiff-tools
-  libxml2-utils poppler-utils procps qpdf sane-utils tesseract-ocr-chi-sim tesseract-ocr-eng tesseract-ocr-osd unzip)
+  "${display_packages[@]}" "${model_packages[@]}" catdoc git libgmock-dev libgtest-dev libsane1 libx11-dev libsane-common libtiff-tools
+  libxml2-utils poppler-utils procps qpdf sane-utils unzip)
 fuzz_packages=(clang-14 libclang-rt-14-dev)
 lint_packages=(git clang-format-14 clang-tidy-14 libxml2-utils shellcheck)
 bench_packages=(
