@@ -9,7 +9,7 @@ namespace orva {
 namespace {
 
 /// In the folder of this shared object, else where it is installed.
-std::filesystem::path programBeside(const char* name, const char* installed)
+std::filesystem::path fileBeside(const char* name, const char* installed)
 {
     Dl_info self {};
     if (::dladdr(reinterpret_cast<void*>(&installedLibraryPaths), &self) != 0
@@ -32,8 +32,9 @@ LibraryPaths installedLibraryPaths()
     paths.virtualScanner = ORVA_DATA_ROOT "/.virtual-scanner";
     paths.sampleSheets = ORVA_LIBRARY_ROOT "/share/sample-sheets";
     paths.config = ORVA_LIBRARY_ROOT "/config/orva-sdk.conf";
-    paths.saneHost =
-        programBeside("orva-sane-host", ORVA_LIBRARY_ROOT "/lib/OrvaSDK/orva-sane-host");
+    paths.saneHost = fileBeside("orva-sane-host", ORVA_LIBRARY_ROOT "/lib/OrvaSDK/orva-sane-host");
+    paths.recognition =
+        fileBeside("libOrva_OCR.so", ORVA_LIBRARY_ROOT "/lib/OrvaSDK/libOrva_OCR.so");
     paths.saneModels = ORVA_LIBRARY_ROOT "/config/orva-sane-models.conf";
     return paths;
 }

@@ -13,6 +13,7 @@ struct LibraryPaths
     std::filesystem::path sampleSheets; ///< what the virtual scanner feeds while its tray is empty
     std::filesystem::path config; ///< orva-sdk.conf
     std::filesystem::path saneHost; ///< the helper that SANE's drivers run in
+    std::filesystem::path recognition; ///< libOrva_OCR.so, the recogniser of text
     std::filesystem::path saneModels; ///< orva-sane-models.conf
 };
 

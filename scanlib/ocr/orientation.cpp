@@ -28,6 +28,13 @@ TextBox middleOf(const Page& page, double part)
     return { left, top, left + width, top + height };
 }
 
+/// Letters of a word: its characters.
+auto letterCount(const Word& word)
+{
+    return std::count_if(word.text.begin(), word.text.end(),
+        [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; });
+}
+
 /// How much was read, and how surely: letters count by their confidence, poor ones not at all.
 double scoreOf(const PageText& text)
 {
@@ -53,7 +60,7 @@ bool isSure(const OrientationGuess& guess)
 }
 
 OrientationGuess guessOrientation(
-    const Page& page, TextOrientation mode, TesseractEngine& engine, GrayPicture& picture)
+    const Page& page, TextOrientation mode, TextEngine& engine, GrayPicture& picture)
 {
     if (mode == TextOrientation::kFast) {
         const int reduction = std::max(1, static_cast<int>(page.dpiY / kReducedDpi));
@@ -64,8 +71,8 @@ OrientationGuess guessOrientation(
     return picture.pixels.empty() ? OrientationGuess() : engine.guessOrientation(picture);
 }
 
-Status readTurns(const Page& page, TesseractEngine& engine, GrayPicture& picture,
-    const StopWish& stop, std::chrono::seconds limit, RotateAngle& out)
+Status readTurns(const Page& page, TextEngine& engine, GrayPicture& picture, const StopWish& stop,
+    RotateAngle& out)
 {
     constexpr std::array kTurns { RotateAngle::kNone, RotateAngle::kRight90, RotateAngle::k180,
         RotateAngle::kLeft90 };
@@ -76,7 +83,7 @@ Status readTurns(const Page& page, TesseractEngine& engine, GrayPicture& picture
     RotateAngle bestTurn = RotateAngle::kNone;
     for (const RotateAngle turn : kTurns) {
         PageText text;
-        if (Status status = engine.read(picture, stop, limit, text); !status.ok()) {
+        if (Status status = engine.read(picture, stop, text); !status.ok()) {
             return status;
         }
         const double score = scoreOf(text);

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "scanlib/base/page.h"
-#include "scanlib/ocr/tesseract_engine.h"
+#include "scanlib/ocr/text_engine.h"
 
 namespace orva {
 
@@ -12,11 +12,11 @@ bool isSure(const OrientationGuess& guess);
 
 /// kFast looks at a part of the page, the other modes at all of it.
 OrientationGuess guessOrientation(
-    const Page& page, TextOrientation mode, TesseractEngine& engine, GrayPicture& picture);
+    const Page& page, TextOrientation mode, TextEngine& engine, GrayPicture& picture);
 
 /// Reads part of the page in all four turns and takes the one that reads best; kNone when none is
 /// clearly better. `engine` has the models of the languages. kCancelled.
-Status readTurns(const Page& page, TesseractEngine& engine, GrayPicture& picture,
-    const StopWish& stop, std::chrono::seconds limit, RotateAngle& out);
+Status readTurns(const Page& page, TextEngine& engine, GrayPicture& picture, const StopWish& stop,
+    RotateAngle& out);
 
 } // namespace orva

@@ -44,16 +44,13 @@ std::mutex& loadMutex()
 struct Watch
 {
     const StopWish& stop;
-    std::chrono::steady_clock::time_point end;
     bool stopped = false;
-    bool late = false;
 
     static bool isOver(void* self, int /*words*/)
     {
         auto& watch = *static_cast<Watch*>(self);
         watch.stopped = watch.stopped || (watch.stop && watch.stop());
-        watch.late = watch.late || std::chrono::steady_clock::now() > watch.end;
-        return watch.stopped || watch.late;
+        return watch.stopped;
     }
 };
 
@@ -149,19 +146,18 @@ void TesseractEngine::show(const GrayPicture& picture)
     m_api->SetSourceResolution(std::clamp(picture.dpi, kMinDpi, kMaxDpi));
 }
 
-Status TesseractEngine::read(
-    const GrayPicture& picture, const StopWish& stop, std::chrono::seconds limit, PageText& out)
+Status TesseractEngine::read(const GrayPicture& picture, const StopWish& stop, PageText& out)
 {
     const OneThread here;
     out = {};
     m_api->SetPageSegMode(tesseract::PSM_AUTO);
     show(picture);
-    Watch watch { stop, std::chrono::steady_clock::now() + limit };
+    Watch watch { stop };
     tesseract::ETEXT_DESC monitor;
     monitor.cancel = Watch::isOver;
     monitor.cancel_this = &watch;
     const int result = m_api->Recognize(&monitor);
-    if (result == 0 && !watch.stopped && !watch.late) {
+    if (result == 0 && !watch.stopped) {
         const std::unique_ptr<ResultIterator> at(m_api->GetIterator());
         if (at && !at->Empty(tesseract::RIL_WORD)) {
             collect(*at, out);
@@ -172,9 +168,6 @@ Status TesseractEngine::read(
     m_api->ClearAdaptiveClassifier();
     if (watch.stopped) {
         return { kCancelled, "recognition was stopped" };
-    }
-    if (watch.late) {
-        return { kRecognitionFailed, "recognition took too long" };
     }
     return result == 0 ? Status() : Status(kRecognitionFailed, "recognition failed");
 }
@@ -202,12 +195,6 @@ OrientationGuess TesseractEngine::guessOrientation(const GrayPicture& picture)
                                : RotateAngle::kNone;
     guess.confidence = std::max(0.0, static_cast<double>(confidence));
     return guess;
-}
-
-int letterCount(const Word& word)
-{
-    return static_cast<int>(std::count_if(word.text.begin(), word.text.end(),
-        [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
 }
 
 } // namespace orva

@@ -2,11 +2,12 @@
 #include "scanlib/ocr/text_recognition.h"
 
 #include "scanlib/base/library_log.h"
+#include "scanlib/ocr/engine_library.h"
 #include "scanlib/ocr/models.h"
 #include "scanlib/ocr/orientation.h"
 #include "scanlib/ocr/recogniser_pool.h"
 #include "scanlib/ocr/straightening.h"
-#include "scanlib/ocr/tesseract_engine.h"
+#include "scanlib/ocr/text_engine.h"
 #include "scanlib/page/ops/reduced.h"
 #include "scanlib/page/ops/skew.h"
 
@@ -19,9 +20,6 @@ namespace orva {
 
 namespace {
 
-/// A page full of small print takes some ten seconds on a slow machine.
-constexpr std::chrono::seconds kPageLimit { 120 };
-
 /// Tilts of less than this cost the recognition nothing.
 constexpr double kLeastTilt = 1.0;
 /// What the measure of tilt wants.
@@ -30,7 +28,7 @@ constexpr double kTiltDpi = 100;
 /// What a worker needs for a page, with the memory of the page before.
 struct Reader
 {
-    TesseractEngine engine;
+    std::unique_ptr<TextEngine> engine;
     GrayPicture picture;
     GrayPicture straight;
 };
@@ -65,7 +63,11 @@ public:
             return status;
         }
         auto made = std::make_unique<Reader>();
-        if (Status status = made->engine.load(folder, languages); !status.ok()) {
+        Status status = makeEngine(settings.library, made->engine);
+        if (status.ok()) {
+            status = made->engine->load(folder, languages);
+        }
+        if (!status.ok()) {
             return status;
         }
         libraryLog("models %s loaded from %s", languages.c_str(), folder.c_str());
@@ -86,11 +88,11 @@ Status readStraight(const Page& page, const StopWish& stop, Reader& reader, Page
     takeGray(page, wholePage(page), 1, reader.picture);
     const double tilt = textSkewDegrees(reducedGray(page, kTiltDpi).gray);
     if (std::abs(tilt) < kLeastTilt) {
-        return reader.engine.read(reader.picture, stop, kPageLimit, out);
+        return reader.engine->read(reader.picture, stop, out);
     }
     const Straightening straightening(reader.picture.width, reader.picture.height, tilt);
     straightening.straighten(reader.picture, reader.straight);
-    Status status = reader.engine.read(reader.straight, stop, kPageLimit, out);
+    Status status = reader.engine->read(reader.straight, stop, out);
     straightening.tiltBack(out);
     return status;
 }
@@ -107,15 +109,15 @@ Status guarded(Body body)
     }
 }
 
-class TesseractRecognition : public TextRecognition
+class PooledRecognition : public TextRecognition
 {
 public:
-    explicit TesseractRecognition(const RecognitionSettings& settings)
+    explicit PooledRecognition(const RecognitionSettings& settings)
         : m_settings(settings)
     {
     }
 
-    ~TesseractRecognition() override { waitWarm(); }
+    ~PooledRecognition() override { waitWarm(); }
 
     void warmUp() override
     {
@@ -165,7 +167,7 @@ public:
                 return status;
             }
             const OrientationGuess guess =
-                guessOrientation(page, mode, reader->engine, reader->picture);
+                guessOrientation(page, mode, *reader->engine, reader->picture);
             if (isSure(guess) || mode != TextOrientation::kComplex) {
                 out = isSure(guess) ? guess.turn : RotateAngle::kNone;
                 return {};
@@ -173,7 +175,7 @@ public:
             Borrowed words(m_text);
             Status status = words.take(m_settings, m_settings.languages);
             if (status.ok()) {
-                status = readTurns(page, words->engine, words->picture, stop, kPageLimit, out);
+                status = readTurns(page, *words->engine, words->picture, stop, out);
             }
             return status;
         });
@@ -208,7 +210,7 @@ private:
 
 std::unique_ptr<TextRecognition> makeTextRecognition(const RecognitionSettings& settings)
 {
-    return std::make_unique<TesseractRecognition>(settings);
+    return std::make_unique<PooledRecognition>(settings);
 }
 
 } // namespace orva

@@ -1,5 +1,5 @@
 // Recognition of the text on pages and of the way up that a page is, with models that are loaded
-// once and kept. The library's only door to Tesseract.
+// once and kept. The library's only door to a recogniser.
 #pragma once
 
 #include "scanlib/base/page.h"
@@ -20,6 +20,8 @@ struct RecognitionSettings
     std::string languages = "chi_sim+eng";
     /// Where the models lie; empty for the place where the system installs them.
     std::filesystem::path models;
+    /// The library that the recogniser is in: libOrva_OCR.so.
+    std::filesystem::path library;
 };
 
 /// What a job will ask for.
@@ -46,8 +48,8 @@ public:
     /// kModelMissing (the detail names the package), kNoMemory.
     virtual Status prepare(const RecognitionNeeds& needs) = 0;
     /// The text of a page of any pixel format, with places in its pixels. A page without text gives
-    /// none. kCancelled when it was to stop; kRecognitionFailed, also when the page takes more than
-    /// its time; kModelMissing, kNoMemory. `out` is empty after a failure.
+    /// none. kCancelled when it was to stop; kRecognitionFailed, kModelMissing, kNoMemory. `out` is
+    /// empty after a failure. May go on for seconds after it was to stop.
     virtual Status read(const Page& page, const StopWish& stop, PageText& out) = 0;
     /// The turn that puts the page upright; kNone where too little text tells. Codes as above;
     /// `out` is kNone after a failure.

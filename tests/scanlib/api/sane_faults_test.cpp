@@ -90,6 +90,7 @@ protected:
         std::filesystem::create_directory(output);
         SessionParts parts = installedParts();
         parts.paths.spool = folder.path() / "spool";
+        parts.config.recognition = recognition;
         parts.makeDrivers = [](const LibraryPaths&) {
             std::vector<std::unique_ptr<Driver>> drivers;
             drivers.push_back(makeSaneDriver(device_tests::testBackendParts()));
@@ -98,6 +99,7 @@ protected:
         device_tests::wish({});
         Session session(parts);
         EXPECT_EQ(session.init(), kOk);
+        session.setLogInfo(true, log);
         EXPECT_EQ(session.scannerCount(), 1);
         EXPECT_EQ(session.selectScanner(0), kOk);
         device_tests::wish(row.wishes);
@@ -110,12 +112,15 @@ protected:
             session.setResolution(100, 100);
         }
         const int code = session.scan();
+        session.setLogInfo(false, log);
         device_tests::wish({});
         return static_cast<ResultCode>(code);
     }
 
     const TemporaryFolder folder;
     const std::filesystem::path output = folder.path() / "out";
+    const std::filesystem::path log = folder.path() / "log";
+    RecognitionSettings recognition { "chi_sim+eng", {}, ORVA_OCR_LIBRARY };
 };
 
 TEST_F(SaneFaults, EachHasItsCodeItsTextAndKeepsWhatWasScanned)
@@ -140,6 +145,56 @@ TEST_F(SaneFaults, EachHasItsCodeItsTextAndKeepsWhatWasScanned)
         std::printf("| %s | %d | %s | %d jpg, or pdf of %d pages |\n", row.fault, row.code,
             text.c_str(), row.kept, row.kept);
     }
+}
+
+/// What a job that is to read comes to when what it reads with is not there.
+TEST_F(SaneFaults, WithoutRecognitionTextIsRefusedAndPicturesAreScanned)
+{
+    const RecognitionSettings whole = recognition;
+    std::string needingOther = contentOf(whole.library);
+    const std::string tesseract = "libtesseract.so";
+    ASSERT_NE(needingOther.find(tesseract), std::string::npos);
+    needingOther.replace(needingOther.find(tesseract), tesseract.size(), "libtesseraKt.so");
+    writeFile(folder.path() / "other.so", needingOther);
+    writeFile(folder.path() / "broken.so", "no library");
+    std::filesystem::create_directory(folder.path() / "empty");
+    struct Missing
+    {
+        const char* fault;
+        RecognitionSettings settings;
+        const char* inLog;
+    };
+    const Missing rows[] = {
+        { "library absent", { "eng", {}, "/none/libOrva_OCR.so" }, "/none/libOrva_OCR.so" },
+        { "library damaged", { "eng", {}, folder.path() / "broken.so" }, "broken.so" },
+        { "library of another kind", { "eng", {}, "libm.so.6" }, "another version" },
+        { "Tesseract absent", { "eng", {}, folder.path() / "other.so" }, "libtesseraKt.so" },
+        { "model absent", { "eng", folder.path() / "empty", whole.library }, "tesseract-ocr-eng" },
+        { "model damaged", { "eng", folder.path() / "damaged", whole.library }, "eng" },
+    };
+    std::filesystem::create_directory(folder.path() / "damaged");
+    writeFile(folder.path() / "damaged" / "eng.traineddata", "no model");
+    const Row noFault { "", {}, kOk, 10 };
+    for (const Missing& row : rows) {
+        SCOPED_TRACE(row.fault);
+        recognition = row.settings;
+        std::filesystem::remove(log);
+        EXPECT_EQ(scan(noFault, FileFormat::kTxt), kModelMissing);
+        EXPECT_EQ(Recorder::instance().count(kErrorEvent), 1);
+        EXPECT_EQ(Recorder::instance().count(1), 0) << "paper was moved";
+        EXPECT_TRUE(namesIn(output).empty());
+        EXPECT_NE(contentOf(log).find(row.inLog), std::string::npos) << contentOf(log);
+        EXPECT_EQ(scan(noFault, FileFormat::kPdf), kOk);
+        EXPECT_EQ(pdfPages(output / namesIn(output).front()), 10);
+        std::printf("| %s | %d | %s | nothing; pdf of 10 pages |\n", row.fault, kModelMissing,
+            catalogueText(kModelMissing).c_str());
+    }
+    recognition = whole;
+    EXPECT_EQ(
+        scan({ "", { { "fault-at-start", "3" }, { "fault", "SANE_STATUS_NO_DOCS" } }, kOk, 2 },
+            FileFormat::kTxt),
+        kOk)
+        << "the same process, once it is there";
 }
 
 } // namespace

@@ -41,6 +41,12 @@ Page sheet(const std::string& name, const std::string& change = "")
     return page;
 }
 
+std::unique_ptr<TextRecognition> recognisers(
+    const RecognitionSettings& settings = { "chi_sim+eng", {}, ORVA_OCR_LIBRARY })
+{
+    return makeTextRecognition(settings);
+}
+
 constexpr const char* kUpperHalf = "-crop 100%x50%+0+0 +repage";
 
 Page turnedRight(const Page& page, int times)
@@ -142,7 +148,7 @@ std::vector<std::string> matches(const std::string& text, const std::string& bef
 
 TEST(Recognition, readsTwoPagesAtOnceEachOnOneThreadAlike)
 {
-    const auto recognition = makeTextRecognition({});
+    const auto recognition = recognisers();
     recognition->warmUp();
     ASSERT_TRUE(recognition->prepare({ true, false }).ok());
     const Page chinese = sheet("01-notice.jpg", kUpperHalf);
@@ -182,7 +188,7 @@ TEST(Recognition, readsTwoPagesAtOnceEachOnOneThreadAlike)
 TEST(Recognition, tellsWhichPackageIsMissingAndEndsWhenItIsTo)
 {
     const TemporaryFolder empty;
-    const auto without = makeTextRecognition({ "chi_sim+eng", empty.file("") });
+    const auto without = recognisers({ "chi_sim+eng", empty.file(""), ORVA_OCR_LIBRARY });
     for (const RecognitionNeeds needs : { RecognitionNeeds { true, false }, { false, true } }) {
         const Status status = without->prepare(needs);
         EXPECT_EQ(status.code(), kModelMissing);
@@ -190,7 +196,7 @@ TEST(Recognition, tellsWhichPackageIsMissingAndEndsWhenItIsTo)
             std::string::npos)
             << status.detail();
     }
-    const auto recognition = makeTextRecognition({});
+    const auto recognition = recognisers();
     const auto begin = std::chrono::steady_clock::now();
     std::atomic<int> asked { 0 };
     PageText text;
@@ -204,7 +210,7 @@ TEST(Recognition, tellsWhichPackageIsMissingAndEndsWhenItIsTo)
 
 TEST(Orientation, putsChineseAndEnglishPagesUprightFromEachTurn)
 {
-    const auto recognition = makeTextRecognition({});
+    const auto recognition = recognisers();
     constexpr RotateAngle kBack[] = { RotateAngle::kNone, RotateAngle::kLeft90, RotateAngle::k180,
         RotateAngle::kRight90 };
     // the slow modes once a page and turn between them
@@ -226,7 +232,7 @@ TEST(Orientation, putsChineseAndEnglishPagesUprightFromEachTurn)
 
 TEST(Recognition, readsTiltedPagesAndPlacesTheirWordsOnThem)
 {
-    const auto recognition = makeTextRecognition({});
+    const auto recognition = recognisers();
     constexpr double kDegrees = 12;
     const Page upright = sheet("04-letter.jpg", kUpperHalf);
     const Page tilted =
