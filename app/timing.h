@@ -15,6 +15,9 @@ using std::chrono::milliseconds;
 inline constexpr milliseconds kButtonPoll { 2000 / TARVEX_TIME_DIVISOR };
 /// Between two looks (and two log lines) while a pause of the button monitor waits.
 inline constexpr milliseconds kPauseRetry { 1000 / TARVEX_TIME_DIVISOR };
+/// The longest that a pause of the button monitor waits for a poll, or for what a button does. A
+/// library that takes longer to tell its buttons is not going to scan either.
+inline constexpr milliseconds kPollLimit { 15000 / TARVEX_TIME_DIVISOR };
 /// After a scan error, before the button monitor goes on.
 inline constexpr milliseconds kErrorHold { 1000 / TARVEX_TIME_DIVISOR };
 /// Before the scanned file of a preview is deleted.

@@ -39,14 +39,16 @@ MainWindow* g_mainWindow = nullptr;
 MainWindow::MainWindow(QWidget* parent)
     : QMainWindow(parent)
     , ui(std::make_unique<MainWindowUi>())
-    , m_gate(std::make_shared<JobGate>())
+    , m_gate(std::make_shared<WindowGate>())
     , tmp_preview(QString::fromStdString(g_strCommonPath) + kPreviewImageName)
     , m_ErrorCodePath(install_paths::kErrorCatalogue)
     , m_BackupSettingPath(install_paths::kBackupFolder)
     , m_appOwner(getAppOwnUsr())
     , m_libraryLog(g_strCommonPath + m_appOwner.toStdString() + kLibraryLogName)
     , m_version(kVersion)
+    , m_keys(m_gate->keys)
 {
+    m_gate->window = this;
     buildWidgets();
     loadLibrary();
     std::puts("SlotsConnect");
@@ -68,15 +70,14 @@ MainWindow::~MainWindow()
 {
     endRunningJob();
     ThreadKeyOver();
+    refuseCallbacks();
     if (m_libraryHeld) {
         runLog("[func:%s]a call into the scanner library does not return, it stays loaded",
             "~MainWindow");
     } else {
         m_OrvaSdk->UnInit();
     }
-    refuseCallbacks();
     releaseDialogs();
-    delete m_OrvaSdk;
 }
 
 void MainWindow::buildWidgets()
@@ -90,7 +91,8 @@ void MainWindow::buildWidgets()
 
 void MainWindow::loadLibrary()
 {
-    m_OrvaSdk = new COrva_SDK;
+    m_gate->library = std::make_unique<COrva_SDK>();
+    m_OrvaSdk = m_gate->library.get();
     const int result = m_OrvaSdk->LoadDll();
     if (result != 0) {
         runLog("[LoadDll()][nRet = %d]", result);

@@ -8,6 +8,7 @@
 #include "mainwindow/rules/scan_progress.h"
 #include "mainwindow/rules/settings_keys.h"
 #include "mainwindow/rules/tone_values.h"
+#include "mainwindow/window_gate.h"
 #include "sdk/COrva_SDK.h"
 #include "templates/template_record.h"
 
@@ -20,7 +21,6 @@
 #include <array>
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -56,41 +56,17 @@ struct _tagdevicesInfomationItem
     std::string deviceClass; ///< filled for the current device only
 };
 
-/// State of the button monitor. The flags are read without KeyPressMutex, so all are atomic.
-struct KeyThreadState
-{
-    pthread_t thread {}; ///< GUI thread; valid while made
-    bool made = false; ///< GUI thread
-    std::atomic<bool> ready { false }; ///< the mutex and the condition exist
-    std::atomic<int> running { 0 }; ///< 1: may poll
-    std::atomic<int> paused { 0 }; ///< acknowledgement: 1 when the thread went into its wait
-    std::atomic<int> parked { 0 }; ///< 1 for as long as the thread is in that wait
-    std::atomic<int> ended { 0 }; ///< the thread is past its last look at the library
-    std::atomic<unsigned char> exit { 0 };
-    std::atomic<unsigned char> scanFinished { 0 };
-    std::atomic<unsigned char> openResult { 0 };
-    std::atomic<unsigned char> label { 0 };
-};
-
-/// What outlives the window for the sake of a thread that is about to end: the worker and the
-/// callbacks keep a share of it.
-struct JobGate
-{
-    std::mutex mutex;
-    std::condition_variable
-        changed; ///< any of the fields below, or an acknowledgement of the monitor
-    int workers = 0; ///< worker threads that still use the window
-    bool closing = false; ///< nobody is to wait any longer
-};
-
 /// The running or last job. Counters and flags belong to all threads.
 struct JobRun
 {
+    std::atomic<unsigned> number { 0 }; ///< of this job; callbacks belong to the one they met
+    std::atomic<bool> atWork { false }; ///< Scan was called: what the library says is of this job
     rules::JobCounters counters;
     std::atomic<bool> ending {
         false
     }; ///< the end was reported, an error too, or Scan has returned
-    std::atomic<bool> endSeen { false }; ///< the library or the worker has closed the job
+    std::atomic<bool> endTaken { false }; ///< the library or the worker tells the end of the job
+    std::atomic<bool> endTold { false }; ///< and has told all of it
     std::atomic<bool> keysResumed { false }; ///< a callback resumed the monitor, or will
     std::atomic<int> lastError { 0 }; ///< reported in this job; 0 none
     std::atomic<int> queuedReports { 0 }; ///< of progress, that the GUI thread has not seen yet
@@ -177,6 +153,9 @@ public:
     void dynamic_state_msg_box(QString title, QString text);
     void UpdateUserName(QString name);
 
+    /// Of the running or last job; 0 before the first.
+    unsigned jobNumber() const { return m_job.number; }
+
     // bodies of the threads and what the library calls
     static void* doScanner(void* mainWindow);
     static void* GetScannerKeyStatus(void* mainWindow);
@@ -185,7 +164,7 @@ public:
     static int SdkScanErrorCodeCallBack(int nErrorCode);
     static int SdkScanPreviewErrorCodeCallBack(int nErrorCode);
 
-    COrva_SDK* m_OrvaSdk = nullptr; ///< owned
+    COrva_SDK* m_OrvaSdk = nullptr; ///< owned, through the gate
     int m_SDKInit = 0; ///< result of Init; 0 while the library is not loaded
     int m_SDKClear = 0; ///< result of the last ClearTmpData
     onlineScanners* m_onlineScanners = nullptr; ///< dialog of the devices; owned once stored here
@@ -318,6 +297,7 @@ private:
     static const JobKind kPreviewJob;
     void startJob(const JobKind& kind);
     void abandonStart();
+    void takeNextJobNumber();
     void resetJob(bool preview);
     bool startWorker();
     void closeUnreportedJob(int scanResult);
@@ -326,9 +306,11 @@ private:
     std::array<QWidget*, 5> jobButtons() const;
 
     // callbacks
-    void takeFileName(const std::string& fileName);
-    void applyEmissions(const rules::ScanEmissions& out, const QString& previewFile, int nState);
-    void reportError(int code, const rules::ErrorSteps& steps);
+    bool takeState(const std::string& fileName);
+    void applyEmissions(
+        const rules::ScanEmissions& out, const QString& previewFile, int nState, unsigned job);
+    static int reportError(int code, const rules::ErrorSteps& steps);
+    void acceptCallbacks();
     void refuseCallbacks();
 
     // preview
@@ -338,19 +320,20 @@ private:
     void openLocalFile(const QString& path);
 
     // button monitor
-    bool parkWhilePaused();
-    void sleepBetweenPolls();
-    void dispatchButton(int button);
-    void onVal0KeyPress();
+    static bool parkWhilePaused(WindowGate& gate);
+    static void sleepBetweenPolls(const KeyThreadState& keys);
+    static void dispatchButton(const std::shared_ptr<WindowGate>& gate, int button);
+    static void onVal0KeyPress(const std::shared_ptr<WindowGate>& gate);
+    bool takeOpenRequest(std::vector<std::string>& files);
     void onVal1KeyPress();
     void onVal2KeyPress();
     void onVal4KeyPress();
     void onVal8KeyPress();
     void toggleWindow();
     bool stopPolling();
+    bool pauseForDevice();
     /// Waits until `done`, at most `limit`. On the GUI thread events are delivered meanwhile.
     bool waitAnswering(std::chrono::milliseconds limit, const std::function<bool()>& done);
-    void notifyWaiters();
 
     // file names
     void showNameHint(const QString& text);
@@ -406,7 +389,7 @@ private:
     void releaseDialogs();
 
     std::unique_ptr<MainWindowUi> ui;
-    std::shared_ptr<JobGate> m_gate;
+    std::shared_ptr<WindowGate> m_gate;
 
     // fixed paths and texts
     QString tmp_preview;
@@ -436,7 +419,7 @@ private:
     std::vector<std::string> m_scannedFiles; ///< guarded by m_filesMutex
     char m_startTime[128] = {};
     char m_endTime[128] = {};
-    KeyThreadState m_keys;
+    KeyThreadState& m_keys; ///< the gate's
     QString m_keyLabel; ///< prepared by button 4, shown nowhere
 
     // preview

@@ -11,44 +11,36 @@ namespace {
 /// Counts run on, so the next report tells what was left out.
 constexpr int kMostQueuedReports = 64;
 
-std::mutex usersMutex;
-std::condition_variable usersChanged;
-int users = 0; ///< callbacks that are inside the window
+std::mutex calledMutex;
+std::shared_ptr<WindowGate> calledGate; ///< of g_mainWindow; null without one
 
-/// The window for one callback; it is not destroyed while this lives. Null without a window.
-class CalledWindow
+std::shared_ptr<WindowGate> gateOfCallbacks()
 {
-public:
-    CalledWindow()
-    {
-        const std::lock_guard<std::mutex> lock(usersMutex);
-        m_window = g_mainWindow;
-        users += m_window != nullptr ? 1 : 0;
-    }
-    ~CalledWindow()
-    {
-        const std::lock_guard<std::mutex> lock(usersMutex);
-        users -= m_window != nullptr ? 1 : 0;
-        usersChanged.notify_all();
-    }
-    CalledWindow(const CalledWindow&) = delete;
-    CalledWindow& operator=(const CalledWindow&) = delete;
-
-    MainWindow* get() const { return m_window; }
-
-private:
-    MainWindow* m_window = nullptr;
-};
+    const std::lock_guard<std::mutex> lock(calledMutex);
+    return calledGate;
+}
 
 } // namespace
 
-/// The end of the window: callbacks that come now find none, those that are inside leave first.
+void MainWindow::acceptCallbacks()
+{
+    const std::lock_guard<std::mutex> lock(calledMutex);
+    g_mainWindow = this;
+    calledGate = m_gate;
+}
+
+/// The end of the window: threads that come now find none, those that are inside leave first.
 void MainWindow::refuseCallbacks()
 {
-    std::unique_lock<std::mutex> lock(usersMutex);
-    if (g_mainWindow == this) {
-        g_mainWindow = nullptr;
-        usersChanged.wait_for(lock, timing::kCloseLimit, [] { return users == 0; });
+    {
+        const std::lock_guard<std::mutex> lock(calledMutex);
+        if (g_mainWindow == this) {
+            g_mainWindow = nullptr;
+            calledGate.reset();
+        }
+    }
+    if (!m_gate->shut(timing::kCloseLimit)) {
+        runLog("[func:%s]a callback does not return", __func__);
     }
 }
 
@@ -56,76 +48,67 @@ void MainWindow::SdkScanCallBack(int nState, int nPage, std::string FileName)
 {
     runLog("[func:%s]nPage = %d, nState = %d, FileName = %s", "SdkScanCallBack", nPage, nState,
         FileName.c_str());
-    const CalledWindow called;
-    MainWindow* const window = called.get();
-    if (window == nullptr) {
+    const WindowUse window(gateOfCallbacks());
+    if (!window) {
         runLog("gmainWindow = NULL");
-        return;
+    } else if (window->takeState(FileName)) {
+        window->applyEmissions(
+            rules::onScanState(nState, window->m_IsOccurError == 0, window->m_job.counters),
+            QString(), nState, window.job());
     }
-    window->takeFileName(FileName);
-    window->applyEmissions(
-        rules::onScanState(nState, window->m_IsOccurError == 0, window->m_job.counters), QString(),
-        nState);
 }
 
 void MainWindow::SdkScanPreviewCallBack(int nState, int nPage, std::string FileName)
 {
-    const CalledWindow called;
-    MainWindow* const window = called.get();
-    if (window == nullptr) {
+    const WindowUse window(gateOfCallbacks());
+    if (!window) {
         runLog("gmainWindow = NULL");
         return;
     }
-    window->takeFileName(FileName);
-    window->applyEmissions(rules::onPreviewState(nState, window->m_IsOccurError == 0,
-                               !FileName.empty(), window->m_job.counters),
-        QString::fromStdString(FileName), nState);
+    if (window->takeState(FileName)) {
+        window->applyEmissions(rules::onPreviewState(nState, window->m_IsOccurError == 0,
+                                   !FileName.empty(), window->m_job.counters),
+            QString::fromStdString(FileName), nState, window.job());
+    }
     runLog("[func:%s]nPage = %d, nState = %d, FileName = %s", "SdkScanPreviewCallBack", nPage,
         nState, FileName.c_str());
 }
 
 int MainWindow::SdkScanErrorCodeCallBack(int nErrorCode)
 {
-    const rules::ErrorSteps steps = rules::onScanError(false);
-    if (steps.logCode) {
-        runLog("[func:%s] nErrorCode = %d", "SdkScanErrorCodeCallBack", nErrorCode);
-    }
-    const CalledWindow called;
-    MainWindow* const window = called.get();
-    if (window == nullptr) {
-        runLog("gmainWindow = NULL");
-        return -1;
-    }
-    window->reportError(nErrorCode, steps);
-    return 0;
+    return reportError(nErrorCode, rules::onScanError(false));
 }
 
 int MainWindow::SdkScanPreviewErrorCodeCallBack(int nErrorCode)
 {
-    const CalledWindow called;
-    MainWindow* const window = called.get();
-    if (window == nullptr) {
-        runLog("gmainWindow = NULL");
-        return -1;
-    }
-    window->reportError(nErrorCode, rules::onScanError(true));
-    return 0;
+    return reportError(nErrorCode, rules::onScanError(true));
 }
 
-void MainWindow::takeFileName(const std::string& fileName)
+/// Takes the file's name. False for what a library says of a job before when the next one has not
+/// reached it yet.
+bool MainWindow::takeState(const std::string& fileName)
 {
+    if (!m_job.atWork) {
+        runLog("[func:%s]of no job", __func__);
+        return false;
+    }
     if (!fileName.empty()) {
         const std::lock_guard<std::mutex> lock(m_filesMutex);
         m_scannedFiles.push_back(fileName);
     }
+    return true;
 }
 
 void MainWindow::applyEmissions(
-    const rules::ScanEmissions& out, const QString& previewFile, int nState)
+    const rules::ScanEmissions& out, const QString& previewFile, int nState, unsigned job)
 {
-    if (nState == static_cast<int>(orva::JobState::kEnded)) {
+    if (job != m_job.number) {
+        return;
+    }
+    const bool ends = nState == static_cast<int>(orva::JobState::kEnded);
+    if (ends) {
         m_job.ending = true;
-        if (m_job.endSeen.exchange(true)) {
+        if (m_job.endTaken.exchange(true)) {
             return; // told already, here or by the worker
         }
     }
@@ -146,27 +129,46 @@ void MainWindow::applyEmissions(
     if (out.ended) {
         m_keys.scanFinished = 1;
     }
-    if (out.dropOpenRequest) {
-        m_keys.openResult = 0;
-    }
     if (out.resumeKeys) {
         m_job.keysResumed = true;
         emit SignalThreadKeyStart();
     }
-    notifyWaiters();
+    if (ends) {
+        m_job.endTold = true; // only now: the worker gives the buttons back, and a job may begin
+        m_gate->notify();
+    }
 }
 
-void MainWindow::reportError(int code, const rules::ErrorSteps& steps)
+/// Error callback of both kinds of job.
+int MainWindow::reportError(int code, const rules::ErrorSteps& steps)
 {
-    const std::shared_ptr<JobGate> gate = m_gate;
-    m_IsOccurError = 0;
-    m_job.lastError = code;
-    m_job.ending = true;
-    m_job.keysResumed = true; // promised: the worker need not
-    emit scanStatusError(code);
+    if (steps.logCode) {
+        runLog("[func:%s] nErrorCode = %d", "SdkScanErrorCodeCallBack", code);
+    }
+    const std::shared_ptr<WindowGate> gate = gateOfCallbacks();
+    WindowUse window(gate);
+    if (!window) {
+        runLog("gmainWindow = NULL");
+        return -1;
+    }
+    JobRun& job = window->m_job;
+    window->m_IsOccurError = 0;
+    job.lastError = code;
+    job.ending = true;
+    job.keysResumed = true; // promised: the worker need not
+    if (!job.endTaken) {
+        // Now, not at the job's end: a button that is pressed in between asks for the next result.
+        window->m_keys.openResult = 0;
+    }
+    emit window->scanStatusError(code);
+    const unsigned number = window.job();
+    window.leave();
     if (steps.hold) {
         std::unique_lock<std::mutex> lock(gate->mutex);
         gate->changed.wait_for(lock, timing::kErrorHold, [&gate] { return gate->closing; });
     }
-    emit SignalThreadKeyStart();
+    if (const WindowUse again(gate); again && again.job() == number) {
+        emit again->SignalThreadKeyStart();
+    }
+    return 0;
 }

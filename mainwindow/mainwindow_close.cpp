@@ -98,7 +98,7 @@ bool MainWindow::endRunningJob()
         m_gate->closing = true;
         m_gate->changed.notify_all();
     }
-    if (!idle()) {
+    if (!idle() && !m_libraryHeld) { // once: closing and the destructor ask, the limit is for both
         runLog("[func:%s]the running job is cancelled", __func__);
         // again and again: a worker that has not yet reached Scan would not hear the first one
         const auto end = std::chrono::steady_clock::now() + timing::kCloseLimit * 3 / 5;

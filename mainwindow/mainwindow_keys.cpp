@@ -5,6 +5,7 @@
 #include "log/Log.h"
 #include "mainwindow/mainwindow.h"
 #include "mainwindow/rules/key_actions.h"
+#include "sdk/result_codes.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -13,6 +14,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <ctime>
+#include <thread>
 
 pthread_mutex_t KeyPressMutex;
 pthread_cond_t KeyPressCond;
@@ -22,8 +24,7 @@ namespace {
 using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
-/// A library that takes longer to tell its buttons is not going to scan either.
-constexpr milliseconds kPollLimit { 15000 };
+constexpr milliseconds kMutexRetry { 1 };
 
 /// The condition's time-outs are not moved by a change of the system time.
 int makeCondition()
@@ -87,57 +88,61 @@ void MainWindow::Thread2GetScannerKeyStatus()
     emit SignalThreadKeyStart();
 }
 
+/// The thread may outlive the window when a poll does not return: from here on it holds the gate,
+/// and enters the window only for what a button does.
 void* MainWindow::GetScannerKeyStatus(void* mainWindow)
 {
-    auto& window = *static_cast<MainWindow*>(mainWindow);
-    while (window.m_keys.exit == 0) {
+    const std::shared_ptr<WindowGate> gate = static_cast<MainWindow*>(mainWindow)->m_gate;
+    KeyThreadState& keys = gate->keys;
+    while (keys.exit == 0) {
         int button = 0;
         {
             const KeyPressLock lock;
-            if (!window.parkWhilePaused()) {
+            if (!parkWhilePaused(*gate)) {
                 break;
             }
             runLog("+++++++++++KeyPressStatus = stop 3 ++++++++++++++++");
-            button = window.m_OrvaSdk->GetButtonStatus();
+            button = gate->library->GetButtonStatus();
             runLog("+++++++++++KeyPressStatus = stop 3 end++++++++++++++++");
         }
         std::printf("MainWindow::GetScannerKeyStatus() curButton=%d\n", button);
-        window.dispatchButton(button);
-        window.sleepBetweenPolls();
+        dispatchButton(gate, button);
+        sleepBetweenPolls(keys);
     }
     runLog("[func:%s]硬按键线程结束！", "GetScannerKeyStatus");
-    window.m_keys.ended = 1;
-    window.notifyWaiters();
+    keys.ended = 1;
+    gate->notify();
     return nullptr;
 }
 
 /// Button thread, KeyPressMutex held. False when the thread is to end.
-bool MainWindow::parkWhilePaused()
+bool MainWindow::parkWhilePaused(WindowGate& gate)
 {
-    while (m_keys.running == 0 && m_keys.exit == 0) {
+    KeyThreadState& keys = gate.keys;
+    while (keys.running == 0 && keys.exit == 0) {
         runLog("+++++++++++KeyPressStatus = stop 1  ++++++++++++++++");
         runLog("[1:func:%s] cond_wait ", "GetScannerKeyStatus");
         runLog("+++++++++++KeyPressStatus = stop 1 end++++++++++++++++");
-        m_keys.parked = 1;
-        m_keys.paused = 1;
-        notifyWaiters();
+        keys.parked = 1;
+        keys.paused = 1;
+        gate.notify();
         // once: a resume that was taken back before this thread woke up is acknowledged anew
         ::pthread_cond_wait(&KeyPressCond, &KeyPressMutex);
-        m_keys.parked = 0;
+        keys.parked = 0;
         runLog("+++++++++++KeyPressStatus = stop 2 ++++++++++++++++");
         runLog("[2:func:%s] cond_wait ", "GetScannerKeyStatus");
         runLog("+++++++++++KeyPressStatus = stop 2 end++++++++++++++++");
     }
-    return m_keys.exit == 0;
+    return keys.exit == 0;
 }
 
 /// Two seconds, or until the monitor is paused or ended.
-void MainWindow::sleepBetweenPolls()
+void MainWindow::sleepBetweenPolls(const KeyThreadState& keys)
 {
     const timespec until = deadlineAfter(timing::kButtonPoll);
     const KeyPressLock lock;
     int result = 0;
-    while (result != ETIMEDOUT && m_keys.running != 0 && m_keys.exit == 0) {
+    while (result != ETIMEDOUT && keys.running != 0 && keys.exit == 0) {
         result = ::pthread_cond_timedwait(&KeyPressCond, &KeyPressMutex, &until);
     }
 }
@@ -147,17 +152,20 @@ void MainWindow::ThreadKeyStart()
     if (!m_keys.ready || m_keys.exit != 0) {
         return;
     }
-    if (m_keys.running != 0) {
-        runLog("keyPress thread run already ");
-        return;
+    // Somebody else may set the flag first, and then a poll holds the mutex for as long as the
+    // library takes.
+    while (m_keys.running == 0 && m_keys.exit == 0) {
+        if (::pthread_mutex_trylock(&KeyPressMutex) == 0) {
+            m_keys.running = 1;
+            ::pthread_cond_broadcast(&KeyPressCond);
+            runLog("keyPress thread run!");
+            ::pthread_mutex_unlock(&KeyPressMutex);
+            m_gate->notify();
+            return;
+        }
+        std::this_thread::sleep_for(kMutexRetry);
     }
-    {
-        const KeyPressLock lock;
-        m_keys.running = 1;
-        ::pthread_cond_broadcast(&KeyPressCond);
-        runLog("keyPress thread run!");
-    }
-    notifyWaiters();
+    runLog("keyPress thread run already ");
 }
 
 void MainWindow::ThreadKeyPause()
@@ -169,7 +177,7 @@ void MainWindow::ThreadKeyPause()
         runLog("keyPress thread pause already");
     }
     const Busy busy(*this);
-    const auto end = Clock::now() + timing::kCloseLimit;
+    const auto start = Clock::now();
     const auto wantsAgain = [this] {
         return m_keys.paused != 0 || m_keys.running != 0 || m_keys.ended != 0;
     };
@@ -181,8 +189,11 @@ void MainWindow::ThreadKeyPause()
         if (m_keys.paused != 0 || !m_keys.made || m_keys.ended != 0 || m_closing) {
             break;
         }
-        if (m_keys.parked != 0 && Clock::now() >= end) {
-            break; // nobody resumed it; it is parked all the same
+        // No poll is under way and none begins. It is parked all the same and nobody resumes it, or
+        // what a button does takes its time.
+        if (Clock::now() - start
+            >= (m_keys.parked != 0 ? timing::kCloseLimit : timing::kPollLimit)) {
+            break;
         }
         runLog("[func:%s]JudgeSet KeyPress is Not ok! can not set scanner!", "ThreadKeyPause");
         waitAnswering(timing::kPauseRetry, wantsAgain);
@@ -198,7 +209,7 @@ bool MainWindow::stopPolling()
         m_keys.running = 0;
         return true;
     }
-    return waitAnswering(kPollLimit, [this] {
+    return waitAnswering(timing::kPollLimit, [this] {
         if (m_closing || !m_keys.ready) {
             return true;
         }
@@ -211,6 +222,21 @@ bool MainWindow::stopPolling()
         ::pthread_mutex_unlock(&KeyPressMutex);
         return true;
     });
+}
+
+/// Pauses the monitor for a talk with the device. False, and told, when that cannot be: the library
+/// hangs in a poll, or the window is closing.
+bool MainWindow::pauseForDevice()
+{
+    emit SignalThreadKeyPause();
+    if (m_closing) {
+        return false;
+    }
+    if (m_keys.running != 0) {
+        onShowScanError(orva::kDeviceTimeout);
+        return false;
+    }
+    return true;
 }
 
 void MainWindow::ThreadKeyOver()
@@ -249,44 +275,66 @@ void MainWindow::ThreadKeyOver()
     runLog("[func:%s] destroy mutex and cond !", "ThreadKeyOver");
 }
 
-void MainWindow::dispatchButton(int button)
+void MainWindow::dispatchButton(const std::shared_ptr<WindowGate>& gate, int button)
 {
-    switch (rules::keyAction(button)) {
-    case rules::KeyAction::kOpenResult:
-        onVal0KeyPress();
-        break;
+    const rules::KeyAction action = rules::keyAction(button);
+    if (action == rules::KeyAction::kOpenResult) {
+        onVal0KeyPress(gate);
+        return;
+    }
+    const WindowUse window(gate);
+    if (!window) {
+        return;
+    }
+    switch (action) {
     case rules::KeyAction::kStartScan:
-        onVal1KeyPress();
+        window->onVal1KeyPress();
         break;
     case rules::KeyAction::kStartScanAndOpen:
-        onVal2KeyPress();
+        window->onVal2KeyPress();
         break;
     case rules::KeyAction::kToggleWindow:
-        onVal4KeyPress();
+        window->onVal4KeyPress();
         break;
     case rules::KeyAction::kNoteCancel:
-        onVal8KeyPress();
+        window->onVal8KeyPress();
         break;
+    case rules::KeyAction::kOpenResult:
     case rules::KeyAction::kIgnore:
         break;
     }
 }
 
-void MainWindow::onVal0KeyPress()
+void MainWindow::onVal0KeyPress(const std::shared_ptr<WindowGate>& gate)
 {
-    if (m_keys.scanFinished == 0 || m_keys.openResult == 0) {
+    std::vector<std::string> files;
+    WindowUse before(gate);
+    if (!before || !before->takeOpenRequest(files)) {
         return;
     }
-    const rules::OpenResult result = rules::openResult(true, true, scannedFiles(),
+    before.leave(); // a folder in the network may not answer
+    const rules::OpenResult result = rules::openResult(true, true, files,
         [](const std::string& file) { return QFileInfo::exists(QString::fromStdString(file)); });
-    m_keys.scanFinished = 0;
-    m_keys.openResult = 0;
-    if (result.open) {
+    const WindowUse after(gate);
+    if (result.open && after) {
         const QString file = QString::fromStdString(result.file);
+        MainWindow* const window = after.get();
         QMetaObject::invokeMethod(
-            this, [this, file] { openLocalFile(file); }, Qt::QueuedConnection);
+            window, [window, file] { window->openLocalFile(file); }, Qt::QueuedConnection);
     }
     runLog("%s", result.logLine.c_str());
+}
+
+/// Button thread. True once after a job whose result is to be opened.
+bool MainWindow::takeOpenRequest(std::vector<std::string>& files)
+{
+    if (m_keys.scanFinished == 0 || m_keys.openResult == 0) {
+        return false;
+    }
+    files = scannedFiles();
+    m_keys.scanFinished = 0;
+    m_keys.openResult = 0;
+    return true;
 }
 
 void MainWindow::onVal1KeyPress()
@@ -355,10 +403,4 @@ bool MainWindow::waitAnswering(milliseconds limit, const std::function<bool()>& 
         }
     }
     return true;
-}
-
-void MainWindow::notifyWaiters()
-{
-    const std::lock_guard<std::mutex> lock(m_gate->mutex);
-    m_gate->changed.notify_all();
 }

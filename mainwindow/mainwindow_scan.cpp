@@ -7,6 +7,8 @@
 #include "mainwindow/rules/naming_rules.h"
 #include "sdk/result_codes.h"
 
+#include <QCoreApplication>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -31,6 +33,9 @@ namespace {
 
 /// How long the worker waits for an end that the library reports after Scan has returned.
 constexpr std::chrono::milliseconds kEndGrace { 300 / TARVEX_TIME_DIVISOR };
+
+/// How long the start of a job waits for callbacks of the one before. They are short.
+constexpr std::chrono::milliseconds kCallbackLimit { 1000 };
 
 /// A field of the job record holds less than the buffer that the text comes in; a name that is too
 /// long for it is cut there.
@@ -67,6 +72,7 @@ void MainWindow::startJob(const JobKind& kind)
     if (kind.isPreview == 0) {
         runLog("[func:%s]normal scan, set KeyPress stop", kind.name);
     }
+    takeNextJobNumber();
     ThreadKeyPause();
     if (m_closing) {
         m_job.active = false;
@@ -114,6 +120,23 @@ void MainWindow::abandonStart()
     emit SignalThreadKeyStart();
 }
 
+/// What callbacks of the job before still do or have queued is told of that one; those that come
+/// later find the new number. Before the monitor is paused, which they may resume.
+void MainWindow::takeNextJobNumber()
+{
+    m_job.atWork = false;
+    const auto taken = [this] {
+        const std::lock_guard<std::mutex> lock(m_gate->mutex);
+        m_job.number += m_gate->users == 0 ? 1 : 0;
+        return m_gate->users == 0;
+    };
+    if (!waitAnswering(kCallbackLimit, taken)) {
+        runLog("[func:%s]a callback of the job before does not return", __func__);
+        ++m_job.number;
+    }
+    QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
+}
+
 void MainWindow::resetJob(bool preview)
 {
     deletePreviewFiles();
@@ -121,7 +144,8 @@ void MainWindow::resetJob(bool preview)
     m_job.isPreview = preview;
     m_job.namedBySerial = NamedIsTimeOrNumber() == 0;
     m_job.serialText = ui->nameNoSerialEdit->text();
-    m_job.endSeen = false;
+    m_job.endTaken = false;
+    m_job.endTold = false;
     m_job.keysResumed = false;
     m_job.lastError = 0;
     m_job.queuedReports = 0;
@@ -148,19 +172,28 @@ bool MainWindow::startWorker()
     return false;
 }
 
+/// Worker thread. It may outlive the window when Scan does not return: it holds the gate, and
+/// enters the window only between its calls.
 void* MainWindow::doScanner(void* mainWindow)
 {
-    auto& window = *static_cast<MainWindow*>(mainWindow);
-    const std::shared_ptr<JobGate> gate = window.m_gate;
-    const int result = window.m_OrvaSdk->Scan();
+    const std::shared_ptr<WindowGate> gate = static_cast<MainWindow*>(mainWindow)->m_gate;
+    if (const WindowUse window(gate); window) {
+        window->m_job.atWork = true;
+    }
+    const int result = gate->library->Scan();
     runLog("# MainWindow::doScanner # scan end return %d", result);
-    window.closeUnreportedJob(result);
-    window.m_SDKClear = window.m_OrvaSdk->ClearTmpData();
-    runLog("[func:%s][m_SDKClear = %d]", "doScanner", window.m_SDKClear);
-    emit window.scanBtnEnable();
-    runLog("# MainWindow::onEnableScanBtn # ");
-
-    // the last look at the window: closing waits for it
+    WindowUse window(gate);
+    if (window) {
+        window->closeUnreportedJob(result);
+        window.leave();
+        const int cleared = gate->library->ClearTmpData();
+        runLog("[func:%s][m_SDKClear = %d]", "doScanner", cleared);
+        if (const WindowUse again(gate); again) {
+            again->m_SDKClear = cleared;
+            emit again->scanBtnEnable();
+            runLog("# MainWindow::onEnableScanBtn # ");
+        }
+    }
     const std::lock_guard<std::mutex> lock(gate->mutex);
     --gate->workers;
     gate->changed.notify_all();
@@ -177,9 +210,9 @@ void MainWindow::closeUnreportedJob(int scanResult)
         const auto grace = m_job.lastError != 0 ? kEndGrace + timing::kErrorHold : kEndGrace;
         std::unique_lock<std::mutex> lock(m_gate->mutex);
         m_gate->changed.wait_for(
-            lock, grace, [this] { return m_job.endSeen.load() || m_gate->closing; });
+            lock, grace, [this] { return m_job.endTold.load() || m_gate->closing; });
     }
-    if (!m_job.endSeen.exchange(true)) {
+    if (!m_job.endTaken.exchange(true)) {
         runLog("[func:%s]the end of the job was not reported", __func__);
         if (scanResult != orva::kOk && scanResult != orva::kCancelled && m_job.lastError == 0) {
             m_job.lastError = scanResult;

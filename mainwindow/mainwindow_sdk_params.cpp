@@ -43,9 +43,7 @@ std::uint8_t flag(int value)
 
 int MainWindow::onSetScanConfig(int IsScanPreview)
 {
-    if (g_mainWindow != this) {
-        g_mainWindow = this;
-    }
+    acceptCallbacks();
     if (sendSource() != 0) {
         return -1;
     }

@@ -45,8 +45,7 @@ void MainWindow::onOpenDevSleepTime()
         tell(this, QStringLiteral("该设备不支持设置休眠/关机时间"));
         return;
     }
-    emit SignalThreadKeyPause();
-    if (m_closing) {
+    if (!pauseForDevice()) {
         return;
     }
     // where the device does not tell its present times, those that it told when it was chosen
@@ -79,8 +78,7 @@ void MainWindow::onOpenDevPrefeed()
         return;
     }
     const Busy busy(*this);
-    emit SignalThreadKeyPause();
-    if (m_closing) {
+    if (!pauseForDevice()) {
         return;
     }
     setDevPrefeed dialog(m_prefeedTime, this);

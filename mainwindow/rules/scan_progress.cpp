@@ -15,7 +15,6 @@ ScanEmissions failedJobState(int state)
 {
     ScanEmissions out;
     out.jobRecord = state == kEnded;
-    out.dropOpenRequest = state == kEnded;
     return out;
 }
 

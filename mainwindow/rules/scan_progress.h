@@ -33,7 +33,6 @@ struct ScanEmissions
     bool jobRecord = false; ///< final_signal_iof_batch
     bool resumeKeys = false; ///< SignalThreadKeyStart
     bool ended = false; ///< set the job-ended (scan-finished) flag; see the note below
-    bool dropOpenRequest = false; ///< the job failed: forget that its result was to be opened
 };
 // `ended` is for the button monitor, which may open the result at once: set the flag after the file
 // list of the job has been handed over.

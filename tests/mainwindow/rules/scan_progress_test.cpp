@@ -20,7 +20,6 @@ std::string letters(const ScanEmissions& e)
     out += e.jobRecord ? "R" : "";
     out += e.resumeKeys ? "K" : "";
     out += e.ended ? "!" : "";
-    out += e.dropOpenRequest ? "d" : "";
     return out;
 }
 
@@ -37,7 +36,7 @@ TEST(ScanProgress, StatesOfASoundAndOfAFailedScan)
     EXPECT_EQ(letters(onScanState(-1, false, job)), "S1NRK!");
     EXPECT_EQ(letters(onScanState(1, true, job)), "");
     EXPECT_EQ(letters(onScanState(2, true, job)), "");
-    EXPECT_EQ(letters(onScanState(-1, true, job)), "Rd");
+    EXPECT_EQ(letters(onScanState(-1, true, job)), "R");
     EXPECT_EQ(job.scanned, 1) << "pages after an error are not counted";
     EXPECT_EQ(job.saved, 1);
 }
@@ -50,7 +49,7 @@ TEST(ScanProgress, APreviewDiffersInThreeWays)
     EXPECT_EQ(letters(onPreviewState(9, false, true, job)), "S0P");
     EXPECT_EQ(letters(onPreviewState(-1, false, true, job)), "S1RK!");
     EXPECT_EQ(letters(onPreviewState(2, true, true, job)), "");
-    EXPECT_EQ(letters(onPreviewState(-1, true, false, job)), "RKd");
+    EXPECT_EQ(letters(onPreviewState(-1, true, false, job)), "RK");
 }
 
 TEST(ScanProgress, CountersOfOneJobStartAnewAndTheSerialCounterRunsOn)
