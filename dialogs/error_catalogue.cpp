@@ -1,10 +1,9 @@
 #include "dialogs/error_catalogue.h"
 
+#include "app/xml_guard.h"
 #include "log/Log.h"
 
-#include <QFile>
 #include <QFileInfo>
-#include <QTextCodec>
 
 #include <tinyxml.h>
 
@@ -48,35 +47,6 @@ QByteArray message(const TiXmlElement& element)
     return text != nullptr ? QByteArray(text) : wholeText(element);
 }
 
-/// The parser goes down one call a level and would run out of stack. What stands in comments is
-/// counted as well: far from the limit that does not matter.
-bool isNestedTooDeeply(const QByteArray& xml)
-{
-    constexpr int kDeepest = 1000;
-    int depth = 0;
-    for (int at = xml.indexOf('<'); at >= 0 && depth <= kDeepest;) {
-        const int next = xml.indexOf('<', at + 1);
-        const QByteArray tag = xml.mid(at + 1, next < 0 ? -1 : next - at - 1);
-        if (tag.startsWith('/')) {
-            --depth;
-        } else if (!tag.startsWith('!') && !tag.startsWith('?') && !tag.contains("/>")) {
-            ++depth;
-        }
-        at = next;
-    }
-    return depth > kDeepest;
-}
-
-/// Of a sequence that is cut off the parser would read beyond the end; bytes that are not UTF-8 it
-/// has to take one by one.
-TiXmlEncoding encodingOf(const QByteArray& xml)
-{
-    QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
-    QTextCodec::codecForName("UTF-8")->toUnicode(xml.constData(), xml.size(), &state);
-    const bool isUtf8 = state.invalidChars == 0 && state.remainingChars == 0;
-    return isUtf8 ? TIXML_ENCODING_UTF8 : TIXML_ENCODING_LEGACY;
-}
-
 } // namespace
 
 void ErrorCatalogue::getErrorCode(const QString& path)
@@ -87,16 +57,9 @@ void ErrorCatalogue::getErrorCode(const QString& path)
         return;
     }
     m_entries.clear();
-    QFile source(path);
-    const QByteArray xml = source.open(QIODevice::ReadOnly) ? source.readAll() : QByteArray();
-    if (isNestedTooDeeply(xml)) {
-        runLog("[func:%s] %s is nested too deeply", __func__, file.constData());
-        return;
-    }
     TiXmlDocument document;
-    document.Parse(xml.constData(), nullptr, encodingOf(xml));
-    if (document.Error()) {
-        runLog("[func:%s] ErrorDesc() = %s", __func__, document.ErrorDesc());
+    if (const std::string fault = readXmlFile(path, document); !fault.empty()) {
+        runLog("[func:%s] ErrorDesc() = %s", __func__, fault.c_str());
         return;
     }
     const TiXmlElement* root = document.RootElement();

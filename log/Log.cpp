@@ -3,6 +3,7 @@
 
 #include "app/common.h"
 #include "app/install_paths.h"
+#include "app/xml_guard.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -177,7 +178,7 @@ CLog::~CLog() = default;
 void CLog::readLevels()
 {
     TiXmlDocument document;
-    if (!document.LoadFile("logmgr.xml")) {
+    if (!readXmlFile(QStringLiteral("logmgr.xml"), document).empty()) {
         return;
     }
     const TiXmlElement* root = document.RootElement();
