@@ -106,11 +106,27 @@ int Session::unInit()
     m_sources.clear();
     m_registry.reset();
     m_recognition.reset();
-    m_callbacks = {};
+    forgetSettings();
     m_closing = false;
     m_state = SessionState::kClosed;
     libraryLog("released");
     return kOk;
+}
+
+/// With the lock held. What callers have set and what the last job left: the next life begins as
+/// the first one did.
+void Session::forgetSettings()
+{
+    m_callbacks = {};
+    m_identity = {};
+    m_acquire = {};
+    m_encode = {};
+    m_hasImageParam = false;
+    m_imageParam = {};
+    m_documentType = DocumentType::kTextAndPictures;
+    m_outputStatus = outputNotSet();
+    m_output = {};
+    m_lastSide = {};
 }
 
 int Session::setLogInfo(bool enable, const std::string& file)

@@ -130,6 +130,8 @@ private:
     /// The lock; a device that keeps somebody waiting under it is interrupted.
     Lock lockInterrupting();
 
+    static Status outputNotSet() { return { kBadFileName, "SetFileParam has not been called" }; }
+    void forgetSettings();
     Status ensureOpened();
     void adoptSource(std::size_t index);
     const PaperSource& source() const { return m_sources[m_acquire.source]; }
@@ -163,7 +165,7 @@ private:
     bool m_hasImageParam = false;
     ImageParam m_imageParam {};
     DocumentType m_documentType = DocumentType::kTextAndPictures;
-    Status m_outputStatus { kBadFileName, "SetFileParam has not been called" };
+    Status m_outputStatus = outputNotSet();
     OutputSettings m_output;
     _tagPageParameter m_lastSide {};
 

@@ -207,6 +207,14 @@ TEST_F(EntryPoints, aJobBecomesFiles)
     EXPECT_EQ(page.nPage, 2);
     EXPECT_EQ(library.ClearTmpData(), kOk);
     EXPECT_TRUE(namesIn(installedLibraryPaths().spool).empty());
+
+    // the next life knows nothing of this one: neither its last page nor its folder
+    ASSERT_EQ(library.UnInit(), kOk);
+    ASSERT_EQ(library.Init(), kOk);
+    ASSERT_TRUE(selectVirtual());
+    EXPECT_EQ(library.GetPageParameters(&page), kOk);
+    EXPECT_EQ(page.nPage, 0);
+    EXPECT_EQ(library.Scan(), kBadFileName);
 }
 
 TEST_F(EntryPoints, beforeASelectionNothingIsAnsweredAndTextsAreEmpty)
