@@ -23,15 +23,15 @@ model_packages=(tesseract-ocr-chi-sim tesseract-ocr-eng tesseract-ocr-osd)
 display_packages=(imagemagick openbox x11-utils xauth xdotool xvfb)
 # What the tests need beyond that.
 test_packages=(
-  "${display_packages[@]}" "${model_packages[@]}" catdoc git libgmock-dev libgtest-dev libsane1 libx11-dev libsane-common libtiff-tools
-  libxml2-utils poppler-utils procps qpdf sane-utils unzip)
+  "${display_packages[@]}" "${model_packages[@]}" catdoc git libgmock-dev libgtest-dev libimage-exiftool-perl
+  libsane1 libx11-dev libsane-common libtiff-tools libxml2-utils poppler-utils procps qpdf sane-utils unzip)
 fuzz_packages=(clang-14 libclang-rt-14-dev)
 lint_packages=(git clang-format-14 clang-tidy-14 libxml2-utils shellcheck)
 bench_packages=(
   debian-reference-en debian-reference-zh-cn fonts-liberation libbenchmark-dev libjpeg-turbo-progs libx11-dev
   img2pdf libreoffice-calc-nogui ocrmypdf poppler-utils tesseract-ocr-chi-sim tesseract-ocr-eng time unpaper)
 # Programs that open the library's files, none of them ours.
-reader_packages=(catdoc imagemagick libtiff-tools libxml2-utils poppler-utils qpdf unzip)
+reader_packages=(catdoc imagemagick libimage-exiftool-perl libtiff-tools libxml2-utils poppler-utils qpdf unzip)
 office_packages=(
   chromium default-jre-headless libactivation-java libjaxb-api-java libpdfbox2-java libreoffice-calc-nogui
   libreoffice-writer-nogui)

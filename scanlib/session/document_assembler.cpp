@@ -1,6 +1,7 @@
 #include "scanlib/session/document_assembler.h"
 
 #include "scanlib/base/library_log.h"
+#include "scanlib/writers/metadata.h"
 
 #include <sys/stat.h>
 
@@ -114,7 +115,7 @@ Status DocumentAssembler::begin(OpenDocument& document)
 {
     document.writer = m_format.makeWriter();
     DocumentInfo info;
-    info.title = document.place.stem();
+    info.title = plainTitle(document.place.stem());
     info.createdUnixSeconds = std::time(nullptr);
     return document.writer->begin(document.place.hiddenFile(), info);
 }

@@ -34,7 +34,7 @@ std::unique_ptr<PageEncoder> makeOfdEncoder();
 /// Nothing but the geometry: the file is made of the recognised text.
 std::unique_ptr<PageEncoder> makeTextEncoder();
 
-/// For formats of one page: the payload is the file.
+/// For formats of one page: the payload is the file; JPEG and PNG get their metadata put in.
 std::unique_ptr<DocumentWriter> makeSinglePageWriter();
 /// A file that would outgrow the 32-bit offsets of TIFF 6.0 goes on as BigTIFF; the limit can be
 /// lowered for tests.

@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -36,9 +37,9 @@ private:
     int m_value;
 };
 
-/// All of a spool file.
+/// A spool file, or the first bytes of it.
 template <typename Bytes>
-Status readWhole(const std::filesystem::path& path, Bytes& out)
+Status readSpooled(const std::filesystem::path& path, Bytes& out, std::size_t maxBytes)
 {
     const Descriptor source(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     struct stat info
@@ -48,7 +49,7 @@ Status readWhole(const std::filesystem::path& path, Bytes& out)
         return { kFileWrite, "cannot read " + path.string() + ": " + std::strerror(errno) };
     }
     try {
-        out.resize(static_cast<std::size_t>(info.st_size));
+        out.resize(std::min(static_cast<std::size_t>(info.st_size), maxBytes));
     } catch (const std::bad_alloc&) {
         return { kNoMemory, "no memory for " + path.string() };
     }
@@ -108,16 +109,18 @@ Status OutputFile::write(const void* data, std::size_t size)
     return {};
 }
 
-Status OutputFile::appendFile(const std::filesystem::path& from)
+Status OutputFile::appendFile(const std::filesystem::path& from, std::size_t offset)
 {
     const Descriptor source(::open(from.c_str(), O_RDONLY | O_CLOEXEC));
     struct stat info
     {
     };
-    if (source.get() < 0 || ::fstat(source.get(), &info) != 0) {
+    if (source.get() < 0 || ::fstat(source.get(), &info) != 0
+        || ::lseek(source.get(), static_cast<off_t>(offset), SEEK_SET) < 0) {
         return { kFileWrite, "cannot read " + from.string() + ": " + std::strerror(errno) };
     }
-    auto left = static_cast<std::size_t>(info.st_size);
+    const auto size = static_cast<std::size_t>(info.st_size);
+    std::size_t left = size > offset ? size - offset : 0;
     bool inKernel = true;
     std::array<std::uint8_t, 64 * 1024> buffer;
     while (left > 0) {
@@ -166,12 +169,13 @@ Status OutputFile::finish()
     return closed == 0 ? Status {} : fileStatus(errno, "cannot close", m_path);
 }
 
-Status readPayload(const EncodedPage& page, std::vector<std::uint8_t>& out)
+Status readPayload(const EncodedPage& page, std::vector<std::uint8_t>& out, std::size_t maxBytes)
 {
     if (!page.file.empty()) {
-        return readWhole(page.file, out);
+        return readSpooled(page.file, out, maxBytes);
     }
-    out = page.bytes;
+    const std::size_t size = std::min(page.bytes.size(), maxBytes);
+    out.assign(page.bytes.begin(), page.bytes.begin() + static_cast<std::ptrdiff_t>(size));
     return {};
 }
 
@@ -181,14 +185,14 @@ Status readText(const EncodedPage& page, PageText& out)
         return parsePageText(page.text, out);
     }
     std::string text;
-    const Status status = readWhole(page.textFile, text);
+    const Status status = readSpooled(page.textFile, text, std::numeric_limits<std::size_t>::max());
     return status.ok() ? parsePageText(text, out) : status;
 }
 
-Status appendPayload(const EncodedPage& page, OutputFile& file)
+Status appendPayload(const EncodedPage& page, OutputFile& file, std::size_t offset)
 {
-    return page.file.empty() ? file.write(page.bytes.data(), page.bytes.size())
-                             : file.appendFile(page.file);
+    return page.file.empty() ? file.write(page.bytes.data() + offset, page.bytes.size() - offset)
+                             : file.appendFile(page.file, offset);
 }
 
 } // namespace orva

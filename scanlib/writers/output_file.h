@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <limits>
 #include <vector>
 
 namespace orva {
@@ -27,8 +28,8 @@ public:
     /// Creates the file or empties the one that is there.
     Status open(const std::filesystem::path& path);
     Status write(const void* data, std::size_t size);
-    /// Appends all of another file; inside the kernel where the file system can.
-    Status appendFile(const std::filesystem::path& from);
+    /// Appends another file from this byte on; inside the kernel where the file system can.
+    Status appendFile(const std::filesystem::path& from, std::size_t offset = 0);
     /// Flushed to disk and closed.
     Status finish();
 
@@ -41,11 +42,13 @@ private:
     int m_descriptor = -1;
 };
 
-/// The encoded bytes of a page, from its spool file when it has one.
-Status readPayload(const EncodedPage& page, std::vector<std::uint8_t>& out);
+/// The encoded bytes of a page, or the first of them, from its spool file when it has one.
+Status readPayload(const EncodedPage& page, std::vector<std::uint8_t>& out,
+    std::size_t maxBytes = std::numeric_limits<std::size_t>::max());
 /// The recognised text of a page, from its spool file when it has one. Empty when there is none.
 /// kDamagedPage, kFileWrite, kNoMemory.
 Status readText(const EncodedPage& page, PageText& out);
-Status appendPayload(const EncodedPage& page, OutputFile& file);
+/// Copies the encoded bytes from this one on, of which there are at least so many.
+Status appendPayload(const EncodedPage& page, OutputFile& file, std::size_t offset = 0);
 
 } // namespace orva

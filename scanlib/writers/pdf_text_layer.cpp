@@ -16,6 +16,8 @@ constexpr unsigned kSurrogates = 0x800;
 constexpr unsigned kUnknownLetter = 0xFFFD;
 /// ISO 32000-1, 9.10.3: a CMap holds at most this many ranges in a row.
 constexpr std::size_t kRangesInARow = 100;
+/// ISO 19005-2, 6.1.13: a string ends at 32,767 bytes.
+constexpr std::size_t kLettersInAString = 16000;
 
 std::string operand(double value)
 {
@@ -46,7 +48,11 @@ std::string utf16Code(char32_t letter)
 
 unsigned PdfTextLayer::codeOf(char32_t letter)
 {
-    unsigned code = letter;
+    // Code 0 is the glyph for what a font does not hold; lone surrogates stand for rare letters
+    // here.
+    const bool known =
+        letter != 0 && (letter < kFirstSurrogate || letter >= kFirstSurrogate + kSurrogates);
+    unsigned code = known ? letter : kUnknownLetter;
     if (letter > 0xFFFF) {
         const auto next = static_cast<unsigned>(m_beyond.size());
         if (m_beyond.count(letter) == 0 && next >= kSurrogates) {
@@ -82,8 +88,9 @@ std::string PdfTextLayer::content(
                 out += turn + operand(x * unitsPerPixelX) + operand(height - y * unitsPerPixelY)
                     + "Tm " + operand(100 * run.length * along / (natural * std::cos(angle)))
                     + "Tz <";
-                for (const char32_t letter : run.letters) {
-                    out += hexCode(codeOf(letter));
+                for (std::size_t i = 0; i < run.letters.size(); ++i) {
+                    out += i > 0 && i % kLettersInAString == 0 ? "> Tj <" : "";
+                    out += hexCode(codeOf(run.letters[i]));
                 }
                 out += "> Tj\n";
             }

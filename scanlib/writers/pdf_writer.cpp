@@ -2,8 +2,8 @@
 // read from the spool while the file is written, so memory does not grow with the pages.
 #include "scanlib/base/units.h"
 #include "scanlib/writers/encoders.h"
+#include "scanlib/writers/metadata.h"
 #include "scanlib/writers/output_file.h"
-#include "scanlib/writers/pdf_metadata.h"
 #include "scanlib/writers/pdf_text_layer.h"
 #include "scanlib/writers/srgb_profile.h"
 
@@ -300,7 +300,8 @@ private:
             "/CreationDate", QPDFObjectHandle::newString(pdfDate(m_info.createdUnixSeconds)));
         m_pdf.getTrailer().replaceKey("/Info", m_pdf.makeIndirectObject(facts));
 
-        QPDFObjectHandle metadata = QPDFObjectHandle::newStream(&m_pdf, xmpPacket(m_info));
+        QPDFObjectHandle metadata =
+            QPDFObjectHandle::newStream(&m_pdf, xmpPacket(m_info, PdfClaim::kPdfA2b));
         metadata.getDict().replaceKey("/Type", name("/Metadata"));
         metadata.getDict().replaceKey("/Subtype", name("/XML"));
         m_pdf.getRoot().replaceKey("/Metadata", metadata);
