@@ -15,6 +15,9 @@ namespace {
 /// Behind the names of files that were made of the pages of a dead job.
 constexpr const char* kRecoveredMark = "_恢复";
 
+/// Of pages that could not be read.
+constexpr const char* kPictureExtension = "jpg";
+
 std::string extensionOf(FileFormat format)
 {
     for (const FormatName& name : kFormatNames) {
@@ -68,7 +71,8 @@ DocumentAssembler::DocumentAssembler(const OutputSettings& output, const OutputF
 }
 
 /// What the job itself would have named the file, then the mark.
-Status DocumentAssembler::reserveResumed(OpenDocument& document, const EncodedPage& page)
+Status DocumentAssembler::reserveResumed(
+    OpenDocument& document, const EncodedPage& page, const std::string& extension)
 {
     m_scanTime = fileTime(page.file);
     const auto begun = m_resumed->names.find(page.stream);
@@ -79,7 +83,7 @@ Status DocumentAssembler::reserveResumed(OpenDocument& document, const EncodedPa
         stem = m_names.next(page.stream);
         bool taken = m_names.passesOverTakenNames();
         while (taken) {
-            if (Status status = m_store.reserveIfFree(stem, m_extension, document.place, taken);
+            if (Status status = m_store.reserveIfFree(stem, extension, document.place, taken);
                 !status.ok()) {
                 return status;
             }
@@ -87,22 +91,23 @@ Status DocumentAssembler::reserveResumed(OpenDocument& document, const EncodedPa
         }
         document.place.abandon();
     }
-    return m_store.reserve(stem + kRecoveredMark, m_extension, document.place);
+    return m_store.reserve(stem + kRecoveredMark, extension, document.place);
 }
 
-Status DocumentAssembler::reserveNext(OpenDocument& document, const EncodedPage& page)
+Status DocumentAssembler::reserveNext(
+    OpenDocument& document, const EncodedPage& page, const std::string& extension)
 {
     if (m_resumed) {
-        return reserveResumed(document, page);
+        return reserveResumed(document, page, extension);
     }
     Status status;
     if (!m_names.passesOverTakenNames()) {
-        status = m_store.reserve(m_names.next(page.stream), m_extension, document.place);
+        status = m_store.reserve(m_names.next(page.stream), extension, document.place);
     } else {
         bool taken = true;
         while (status.ok() && taken) {
-            status = m_store.reserveIfFree(
-                m_names.next(page.stream), m_extension, document.place, taken);
+            status =
+                m_store.reserveIfFree(m_names.next(page.stream), extension, document.place, taken);
         }
     }
     if (status.ok() && m_output.multiPage) {
@@ -111,9 +116,19 @@ Status DocumentAssembler::reserveNext(OpenDocument& document, const EncodedPage&
     return status;
 }
 
+bool DocumentAssembler::isUnread(const EncodedPage& page) const
+{
+    return m_format.makePictureWriter != nullptr && page.textFile.empty();
+}
+
 Status DocumentAssembler::begin(OpenDocument& document)
 {
-    document.writer = m_format.makeWriter();
+    return begin(document, m_format.makeWriter());
+}
+
+Status DocumentAssembler::begin(OpenDocument& document, std::unique_ptr<DocumentWriter> writer)
+{
+    document.writer = std::move(writer);
     DocumentInfo info;
     info.title = plainTitle(document.place.stem());
     info.createdUnixSeconds = std::time(nullptr);
@@ -164,9 +179,10 @@ Status DocumentAssembler::rebuild(OpenDocument& document)
 Status DocumentAssembler::addAsFile(EncodedPage page)
 {
     OpenDocument document;
-    Status status = reserveNext(document, page);
+    const bool unread = isUnread(page);
+    Status status = reserveNext(document, page, unread ? kPictureExtension : m_extension);
     if (status.ok()) {
-        status = begin(document);
+        status = begin(document, unread ? m_format.makePictureWriter() : m_format.makeWriter());
     }
     if (status.ok()) {
         status = document.writer->addPage(page);
@@ -178,15 +194,39 @@ Status DocumentAssembler::addAsFile(EncodedPage page)
     return complete(document);
 }
 
+Status DocumentAssembler::addPictureBeside(const OpenDocument& document, const EncodedPage& page)
+{
+    OpenDocument picture;
+    const std::string stem = document.place.stem() + "_第" + std::to_string(page.number) + "页";
+    Status status = m_store.reserve(stem, kPictureExtension, picture.place);
+    if (status.ok()) {
+        status = begin(picture, m_format.makePictureWriter());
+    }
+    if (status.ok()) {
+        status = picture.writer->addPage(page);
+    }
+    if (!status.ok()) {
+        return status;
+    }
+    picture.pages.push_back(page);
+    return complete(picture);
+}
+
 Status DocumentAssembler::addToDocument(EncodedPage page)
 {
     OpenDocument& document = m_open[page.stream];
     Status status;
     if (!document.writer) {
-        status = reserveNext(document, page);
+        status = reserveNext(document, page, m_extension);
         if (status.ok()) {
             status = begin(document);
         }
+    }
+    if (status.ok() && isUnread(page)) {
+        if (Status kept = addPictureBeside(document, page); !kept.ok()) {
+            return kept;
+        }
+        return document.writer->addPage(page);
     }
     if (status.ok()) {
         status = document.writer->addPage(page);
@@ -213,6 +253,9 @@ Status DocumentAssembler::finish()
 {
     Status first;
     for (auto& [stream, document] : m_open) {
+        if (document.pages.empty()) {
+            continue; // gives its name back
+        }
         if (Status status = complete(document); !status.ok()) {
             libraryLog("%s; completing without the last page", status.detail().c_str());
             first = first.ok() ? status : first;

@@ -40,10 +40,12 @@ public:
         FileSaved onSaved, Resumption resumed);
 
     /// The next page, in page order, its payload spooled. After a failure the pages that are in no
-    /// finished file stay in the journal's folder; a further page begins a new file.
+    /// finished file stay in the journal's folder; a further page begins a new file. A page of a
+    /// format of text that was not read becomes a JPEG file: in place of its own file, or beside
+    /// the document (NAME_第N页.jpg), where its page stays empty.
     Status add(EncodedPage page);
     /// Completes what is open. A document that cannot take its last page is made once more without
-    /// it.
+    /// it; one of which no page was read is not made.
     Status finish();
 
 private:
@@ -54,11 +56,16 @@ private:
         std::vector<EncodedPage> pages;
     };
 
-    Status reserveNext(OpenDocument& document, const EncodedPage& page);
-    Status reserveResumed(OpenDocument& document, const EncodedPage& page);
+    bool isUnread(const EncodedPage& page) const;
+    Status reserveNext(
+        OpenDocument& document, const EncodedPage& page, const std::string& extension);
+    Status reserveResumed(
+        OpenDocument& document, const EncodedPage& page, const std::string& extension);
     Status begin(OpenDocument& document);
+    Status begin(OpenDocument& document, std::unique_ptr<DocumentWriter> writer);
     Status addAsFile(EncodedPage page);
     Status addToDocument(EncodedPage page);
+    Status addPictureBeside(const OpenDocument& document, const EncodedPage& page);
     Status complete(OpenDocument& document);
     Status rebuild(OpenDocument& document);
 

@@ -240,9 +240,6 @@ void JobJournal::noteName(const std::string& stream, const std::string& stem)
 
 Status JobJournal::storeText(EncodedPage& page)
 {
-    if (page.text.empty()) {
-        return {};
-    }
     const std::vector<std::uint8_t> bytes(page.text.begin(), page.text.end());
     const Status status =
         m_folder.store(page.file.filename().string() + "-text", bytes, page.textFile);

@@ -24,7 +24,7 @@ public:
     /// The file that takes the pages of a stream from now on has this name, without extension.
     void noteName(const std::string& stream, const std::string& stem);
     /// Puts the recognised text of a stored page on disk beside its payload; page.textFile tells
-    /// where, page.text is not needed any more. A page without text has no such file.
+    /// where, page.text is not needed any more. Only a page that was not read has no such file.
     Status storeText(EncodedPage& page);
     /// The hidden file holds the pages and is about to get its name. Written down first: after a
     /// crash between the two, the same file under that name tells that the pages are saved.

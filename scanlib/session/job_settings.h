@@ -7,6 +7,7 @@
 #include "scanlib/page/image_settings.h"
 #include "scanlib/writers/writer.h"
 
+#include <chrono>
 #include <cstddef>
 #include <filesystem>
 
@@ -36,6 +37,9 @@ struct PipelineLimits
     unsigned workers = 0; ///< threads for image work; 0 takes one a processor core
     /// Sides that wait for a worker. Deeper queues take memory and page faults, not time away.
     std::size_t queueBytes = std::size_t { 96 } << 20U;
+    /// For the recognition of one page; one full of small print takes some ten seconds on a slow
+    /// machine.
+    std::chrono::milliseconds readingLimit { 120'000 };
 };
 
 } // namespace orva

@@ -18,8 +18,7 @@ namespace {
 constexpr std::chrono::milliseconds kErrorDelay { 1500 };
 /// Pixel buffers that wait to be used again, beyond those in the queue.
 constexpr std::size_t kSpareBuffers = 4;
-/// After a cancellation: how much longer pages are read whose picture is in the file anyway. Those
-/// of formats that are nothing but text would be lost without.
+/// After a cancellation: how much longer pages are read. Those that are not are kept as pictures.
 constexpr std::chrono::milliseconds kReadingAfterCancel { 700 };
 
 unsigned workerCount(const PipelineLimits& limits)
@@ -96,11 +95,6 @@ Status checkArea(const AcquireSettings& settings)
             + " pixels" };
 }
 
-bool showsPicture(FileFormat format)
-{
-    return format != FileFormat::kTxt && format != FileFormat::kRtf && format != FileFormat::kXls;
-}
-
 _tagPageParameter geometryOf(const Page& page)
 {
     _tagPageParameter side {};
@@ -116,12 +110,13 @@ _tagPageParameter geometryOf(const Page& page)
 } // namespace
 
 ScanJob::ScanJob(const JobSettings& settings, const PageTools& tools, const PipelineLimits& limits,
-    const std::filesystem::path& spoolRoot, Callbacks callbacks, TextRecognition* recognition)
+    const std::filesystem::path& spoolRoot, Callbacks callbacks, TimedRecognition* recognition)
     : m_settings(settings)
     , m_tools(tools)
     , m_recognition(recognition)
     , m_spoolRoot(spoolRoot)
     , m_workers(workerCount(limits))
+    , m_readingEnd(std::make_shared<ReadingEnd>())
     , m_buffers(m_workers + kSpareBuffers, limits.queueBytes)
     , m_queue(limits.queueBytes)
     , m_toWrite(0)
@@ -190,9 +185,7 @@ ResultCode ScanJob::end()
 void ScanJob::cancel() noexcept
 {
     m_cancelled = true;
-    if (showsPicture(m_settings.output.format)) {
-        limitReading(kReadingAfterCancel);
-    }
+    m_readingEnd->limit(kReadingAfterCancel);
     m_stop.cancel();
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (m_feeding != nullptr) {
@@ -203,20 +196,7 @@ void ScanJob::cancel() noexcept
 void ScanJob::mute()
 {
     m_dispatcher.mute();
-    limitReading({});
-}
-
-/// Once; a later cancellation does not put it off.
-void ScanJob::limitReading(std::chrono::milliseconds fromNow) noexcept
-{
-    const Clock::time_point wanted = Clock::now() + fromNow;
-    Clock::time_point set = m_readUntil;
-    while (wanted < set && !m_readUntil.compare_exchange_weak(set, wanted)) { }
-}
-
-bool ScanJob::mayRead() const
-{
-    return Clock::now() < m_readUntil.load();
+    m_readingEnd->limit({});
 }
 
 _tagPageParameter ScanJob::lastSide() const
@@ -398,7 +378,7 @@ Status ScanJob::process(Group& group, const OutputFormat& format, const PageEnco
     if (group.pages.empty()) {
         libraryLog("side %d: blank, no file", sides.front().nPage);
     }
-    std::string text;
+    std::optional<std::string> text;
     for (Page& page : group.pages) {
         EncodedPage encoded;
         encoded.bytes = std::move(payload);
@@ -415,11 +395,13 @@ Status ScanJob::process(Group& group, const OutputFormat& format, const PageEnco
             // The streams of a side show one text; the first has the most of the picture.
             const bool sameText = !page.stream.empty() && page.stream != kColorStream;
             text = sameText ? text : textOf(page);
-            finished.pages.back().text = text;
-            if (Status status = m_journal.storeText(finished.pages.back()); !status.ok()) {
-                return status;
+            if (text) {
+                finished.pages.back().text = *text;
+                if (Status status = m_journal.storeText(finished.pages.back()); !status.ok()) {
+                    return status;
+                }
+                finished.pages.back().text = {};
             }
-            finished.pages.back().text = {};
         }
         m_buffers.give(std::move(page.pixels));
     }
@@ -427,24 +409,22 @@ Status ScanJob::process(Group& group, const OutputFormat& format, const PageEnco
     return {};
 }
 
-/// What is recognised, in the form for the spool. A page that cannot be read stays a page without
-/// text and holds nothing up; the log names it, and the job ends with the error.
-std::string ScanJob::textOf(const Page& page)
+/// What is recognised, in the form for the spool; none of a page that was not read to its end. Such
+/// a page is kept as a picture and holds nothing up; the log names it, and the job ends with the
+/// error.
+std::optional<std::string> ScanJob::textOf(Page& page)
 {
+    const int number = page.number;
     PageText text;
-    const Status status = guardedStatus([&] {
-        return mayRead() ? m_recognition->read(
-                   page, [this] { return !mayRead(); }, text)
-                         : Status(kCancelled, "the job is ending");
-    });
+    const Status status =
+        guardedStatus([&] { return m_recognition->read(page, m_readingEnd, text); });
     if (!status.ok()) {
-        libraryLog(
-            "side %d has no text: %d, %s", page.number, status.code(), status.detail().c_str());
+        libraryLog("side %d has no text: %d, %s", number, status.code(), status.detail().c_str());
         if (status.code() != kCancelled) {
             const std::lock_guard<std::mutex> lock(m_mutex);
             m_unread = m_unread.ok() ? status : m_unread;
         }
-        return {};
+        return std::nullopt;
     }
     return serialised(text);
 }
@@ -453,8 +433,7 @@ RotateAngle ScanJob::uprightTurn(const Page& page)
 {
     RotateAngle turn = RotateAngle::kNone;
     const Status status = guardedStatus([&] {
-        return m_recognition->findTurn(
-            page, m_settings.image.textOrientation, [this] { return !mayRead(); }, turn);
+        return m_recognition->findTurn(page, m_settings.image.textOrientation, m_readingEnd, turn);
     });
     if (!status.ok()) {
         libraryLog(

@@ -18,12 +18,15 @@
 #include "scanlib/session/job_journal.h"
 #include "scanlib/session/job_settings.h"
 #include "scanlib/session/page_tools.h"
+#include "scanlib/session/timed_recognition.h"
 
 #include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <map>
+#include <memory>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 namespace orva {
@@ -34,7 +37,7 @@ public:
     /// `recognition` may be missing; formats of text are then refused.
     ScanJob(const JobSettings& settings, const PageTools& tools, const PipelineLimits& limits,
         const std::filesystem::path& spoolRoot, Callbacks callbacks,
-        TextRecognition* recognition = nullptr);
+        TimedRecognition* recognition = nullptr);
 
     /// Blocks until the last callback has returned. The device is used by the calling thread only,
     /// except for requestCancel. Returns the code of the first fault, kCancelled or kOk. Once.
@@ -51,8 +54,6 @@ public:
     _tagPageParameter lastSide() const;
 
 private:
-    using Clock = std::chrono::steady_clock;
-
     struct Group
     {
         int sequence = 0; ///< from 0, without gaps
@@ -74,10 +75,8 @@ private:
     void work(const OutputFormat& format);
     Status process(Group& group, const OutputFormat& format, const PageEncoder& encoder,
         std::vector<std::uint8_t>& payload, Finished& finished);
-    std::string textOf(const Page& page);
+    std::optional<std::string> textOf(Page& page);
     RotateAngle uprightTurn(const Page& page);
-    void limitReading(std::chrono::milliseconds fromNow) noexcept;
-    bool mayRead() const;
     void deliver(int sequence, Finished finished);
     void write(const OutputFormat& format);
     void fault(const Status& status);
@@ -85,14 +84,13 @@ private:
 
     JobSettings m_settings; ///< as they are once the job is made
     const PageTools& m_tools;
-    TextRecognition* const m_recognition;
+    TimedRecognition* const m_recognition;
     const std::filesystem::path m_spoolRoot;
     const unsigned m_workers;
 
     CancelToken m_stop; ///< the device is to stop, whoever wants it
     std::atomic<bool> m_cancelled { false }; ///< the operator or the device wants it
-    /// When reading of pages ends; only a cancellation sets it.
-    std::atomic<Clock::time_point> m_readUntil { Clock::time_point::max() };
+    const std::shared_ptr<ReadingEnd> m_readingEnd; ///< only a cancellation sets it
     BufferPool m_buffers;
     BoundedQueue<Group> m_queue;
     BoundedQueue<EncodedPage> m_toWrite; ///< payloads are on disk, so nothing bounds it

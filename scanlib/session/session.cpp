@@ -26,7 +26,8 @@ int Session::init()
         std::make_unique<DeviceRegistry>(m_parts.makeDrivers(m_parts.paths), m_config.listingLimit);
     m_registry->startListing();
     if (m_parts.tools.makeTextRecognition) {
-        m_recognition = m_parts.tools.makeTextRecognition(m_config.recognition);
+        m_recognition = std::make_unique<TimedRecognition>(
+            m_parts.tools.makeTextRecognition(m_config.recognition), m_config.limits.readingLimit);
     }
     m_recoveryCancel = std::make_unique<CancelToken>();
     m_recovering = true;

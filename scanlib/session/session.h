@@ -52,7 +52,8 @@ public:
     // session.cpp: the library itself
     int init();
     /// Cancels a running job and waits for it; kBusy from inside a callback, or when the job does
-    /// not end in time. Afterwards no thread of the library is left.
+    /// not end in time. Afterwards no thread of the library is left, but for a recogniser that
+    /// hangs.
     int unInit();
     int setLogInfo(bool enable, const std::string& file);
     int setStateCallback(OrvaStateCallback callback);
@@ -147,8 +148,8 @@ private:
     std::atomic<SessionState> m_state { SessionState::kClosed };
     bool m_closing = false;
     LibraryConfig m_config; ///< as it was at init
-    std::unique_ptr<TextRecognition>
-        m_recognition; ///< with its models from the first use to unInit
+    /// With its models from the first use to unInit.
+    std::unique_ptr<TimedRecognition> m_recognition;
     Callbacks m_callbacks;
     std::unique_ptr<DeviceRegistry> m_registry;
     std::thread m_recovery;

@@ -31,8 +31,6 @@ std::unique_ptr<PageEncoder> makePdfEncoder();
 std::unique_ptr<PageEncoder> makePdfTextEncoder();
 /// JPEG, and PNG for black-and-white.
 std::unique_ptr<PageEncoder> makeOfdEncoder();
-/// Nothing but the geometry: the file is made of the recognised text.
-std::unique_ptr<PageEncoder> makeTextEncoder();
 
 /// For formats of one page: the payload is the file; JPEG and PNG get their metadata put in.
 std::unique_ptr<DocumentWriter> makeSinglePageWriter();

@@ -27,9 +27,12 @@ const std::array kFormats {
     OutputFormat { FileFormat::kPdfText, true, true, makePdfTextEncoder, makePdfTextWriter },
     OutputFormat { FileFormat::kOfd, true, false, makeOfdEncoder, makeOfdWriter },
     OutputFormat { FileFormat::kOfdText, true, true, makeOfdEncoder, makeOfdTextWriter },
-    OutputFormat { FileFormat::kTxt, true, true, makeTextEncoder, makeTxtWriter },
-    OutputFormat { FileFormat::kRtf, true, true, makeTextEncoder, makeRtfWriter },
-    OutputFormat { FileFormat::kXls, true, true, makeTextEncoder, makeXlsWriter },
+    OutputFormat {
+        FileFormat::kTxt, true, true, makeJpegEncoder, makeTxtWriter, makeSinglePageWriter },
+    OutputFormat {
+        FileFormat::kRtf, true, true, makeJpegEncoder, makeRtfWriter, makeSinglePageWriter },
+    OutputFormat {
+        FileFormat::kXls, true, true, makeJpegEncoder, makeXlsWriter, makeSinglePageWriter },
 };
 
 } // namespace

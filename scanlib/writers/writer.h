@@ -79,6 +79,9 @@ struct OutputFormat
     bool needsText; ///< pages come with their recognised text
     std::unique_ptr<PageEncoder> (*makeEncoder)();
     std::unique_ptr<DocumentWriter> (*makeWriter)();
+    /// Of formats that show no picture: writes a page that could not be read as a JPEG file, which
+    /// its payload is.
+    std::unique_ptr<DocumentWriter> (*makePictureWriter)() = nullptr;
 };
 
 /// nullptr for a format that this build does not write (kFormatNotSupported at SetFileParam time).

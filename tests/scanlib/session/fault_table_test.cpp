@@ -41,7 +41,7 @@ bool isWhole(const std::filesystem::path& file)
 {
     const std::map<std::string, std::string> checks { { ".pdf", "qpdf --check" },
         { ".ofd", "unzip -tq" }, { ".tif", "tiffinfo -D" }, { ".xls", "xls2csv" },
-        { ".txt", "iconv -f utf-8 -t utf-8" } };
+        { ".txt", "iconv -f utf-8 -t utf-8" }, { ".jpg", "identify" } };
     const std::string check = checks.at(file.extension());
     return std::system((check + " '" + file.string() + "' >/dev/null 2>&1").c_str()) == 0;
 }
@@ -129,7 +129,10 @@ TEST_F(FaultTable, codeTextAndWhatIsOnDisk)
         { "damaged image", FileFormat::kPdf, 0, kDamagedPage, "001.pdf", "001.pdf" },
         { "page of 2 GB", FileFormat::kPdf, 0, kPageTooLarge, "-", "-" },
         { "name taken", FileFormat::kPdf, 0, kOk, "001.pdf 001_2.pdf", "001.pdf 001_2.pdf" },
-        { "page unreadable", FileFormat::kTxt, 0, kRecognitionFailed, "001.txt", "001.txt" },
+        { "page unreadable", FileFormat::kTxt, 0, kRecognitionFailed, "001.txt 001_第4页.jpg",
+            "001.txt 001_第4页.jpg" },
+        { "page unreadable", FileFormat::kXls, 0, kRecognitionFailed, "001.xls 001_第4页.jpg",
+            "001.xls 001_第4页.jpg" },
         { "page unreadable", FileFormat::kPdfText, 0, kRecognitionFailed, "001.pdf", "001.pdf" },
         { "folder read-only", FileFormat::kPdf, 0, kFolderReadOnly, "-", "-" },
     };

@@ -108,27 +108,51 @@ TEST_F(KilledJob, leavesNoBrokenFileAndItsPagesComeBackAtTheNextStart)
     EXPECT_GT(marked, killedInTheMiddle / 2) << "recovered files carry the mark";
 }
 
-TEST_F(KilledJob, theTextOfItsPagesComesBack)
+namespace {
+
+constexpr std::size_t kLetters = 4;
+constexpr int kReadPages = 8;
+
+/// Does not come to the end of the pages behind the eighth.
+class CutOffRecognition : public WordyRecognition
 {
-    static constexpr std::size_t kLetters = 4;
+public:
+    CutOffRecognition()
+        : WordyRecognition(0, kLetters)
+    {
+    }
+    Status read(const Page& page, const StopWish& stop, PageText& out) override
+    {
+        std::this_thread::sleep_for(page.number > kReadPages ? 60s : 0s);
+        return WordyRecognition::read(page, stop, out);
+    }
+};
+
+} // namespace
+
+TEST_F(KilledJob, theTextOfItsPagesComesBackAndThePicturesOfThoseThatWereNotRead)
+{
     device.sheets = 20;
     device.perSide = 20ms;
     changeParts = [](SessionParts& parts) {
         parts.tools.findOutputFormat = findOutputFormat;
         parts.tools.makeTextRecognition = [](const RecognitionSettings&) {
-            return std::unique_ptr<TextRecognition>(
-                std::make_unique<WordyRecognition>(0, std::size_t { kLetters }));
+            return std::unique_ptr<TextRecognition>(std::make_unique<CutOffRecognition>());
         };
     };
     for (const bool searchable : { false, true }) {
         const FileFormat format = searchable ? FileFormat::kPdfText : FileFormat::kTxt;
-        const int reported = runAndKill({ format, true }, 8, 0us);
-        EXPECT_LT(reported, device.sheets);
+        // two workers have put a page each on disk by then
+        const int reported = runAndKill({ format, true }, kReadPages, 200ms);
+        EXPECT_EQ(reported, kReadPages);
         setUpSession();
         waitForRecovery();
         session.reset();
         const std::string name = searchable ? "001_恢复.pdf" : "001_恢复.txt";
-        ASSERT_EQ(visibleNames(), std::vector<std::string> { name });
+        const std::vector<std::string> pictures { "001_恢复_第10页.jpg", "001_恢复_第9页.jpg" };
+        std::vector<std::string> names { name };
+        names.insert(names.end(), pictures.begin(), searchable ? pictures.begin() : pictures.end());
+        ASSERT_EQ(visibleNames(), names);
         const std::filesystem::path file = searchable ? folder.path() / "words.txt" : output / name;
         const std::string command =
             "pdftotext '" + (output / name).string() + "' '" + file.string() + "'";
@@ -138,6 +162,7 @@ TEST_F(KilledJob, theTextOfItsPagesComesBack)
             EXPECT_NE(text.find(wordOf(number, kLetters)), std::string::npos)
                 << name << " has no text of side " << number;
         }
-        std::filesystem::remove(output / name);
+        std::filesystem::remove_all(output);
+        std::filesystem::create_directory(output);
     }
 }
