@@ -2,69 +2,24 @@
 
 #include "sdk/result_codes.h"
 
-#include <array>
-#include <chrono>
-#include <cstdint>
 #include <fstream>
 
 namespace fake {
 namespace {
 
-void putNumber(std::string& out, std::uint32_t value, int bytes)
+// A PNM picture, whatever the name says: readers go by the content.
+void writePicture(const std::string& path, int width, int height)
 {
-    for (int i = 0; i < bytes; ++i) {
-        out += static_cast<char>((value >> (8 * i)) & 0xFFU);
+    std::ofstream out(path, std::ios::binary);
+    out << "P6\n" << width << ' ' << height << "\n255\n";
+    for (int i = 0; i < width * height * 3; ++i) {
+        out.put(static_cast<char>(i & 0x7F));
     }
-}
-
-// A 24-bit BMP with a gradient, whatever the name says: readers go by the content.
-std::string pictureBytes(int width, int height)
-{
-    constexpr int kHeader = 54;
-    const int rowBytes = (width * 3 + 3) / 4 * 4;
-    const int imageBytes = rowBytes * height;
-    std::string out = "BM";
-    putNumber(out, static_cast<std::uint32_t>(kHeader + imageBytes), 4);
-    putNumber(out, 0, 4);
-    putNumber(out, kHeader, 4);
-    putNumber(out, 40, 4);
-    putNumber(out, static_cast<std::uint32_t>(width), 4);
-    putNumber(out, static_cast<std::uint32_t>(height), 4);
-    putNumber(out, 1, 2);
-    putNumber(out, 24, 2);
-    for (int i = 0; i < 6; ++i) {
-        putNumber(out, 0, 4);
-    }
-    for (int y = 0; y < height; ++y) {
-        std::string row(static_cast<std::size_t>(rowBytes), '\0');
-        for (int x = 0; x < width * 3; ++x) {
-            row[static_cast<std::size_t>(x)] = static_cast<char>((x + y) & 0x7F);
-        }
-        out += row;
-    }
-    return out;
 }
 
 } // namespace
 
-Jobs::~Jobs()
-{
-    finishAll();
-}
-
-void Jobs::setStateCallback(OrvaStateCallback callback)
-{
-    const std::lock_guard<std::mutex> guard(m_mutex);
-    m_stateCallback = callback;
-}
-
-void Jobs::setErrorCallback(OrvaErrorCallback callback)
-{
-    const std::lock_guard<std::mutex> guard(m_mutex);
-    m_errorCallback = callback;
-}
-
-int Jobs::run(const JobScript& script, const std::string& folder)
+int Jobs::run(const std::vector<Line>& steps, int ends, const std::string& folder)
 {
     {
         const std::lock_guard<std::mutex> guard(m_mutex);
@@ -74,97 +29,54 @@ int Jobs::run(const JobScript& script, const std::string& folder)
         m_running = true;
         m_cancelled = false;
     }
-    std::thread worker([&] { play(script, folder); });
-    worker.join();
+    std::thread([&] {
+        for (const Line& step : steps) {
+            if (!m_cancelled) {
+                perform(step, folder);
+            }
+        }
+        for (int i = 0; i < ends; ++i) {
+            report(-1, 0, {});
+        }
+    }).join();
     const std::lock_guard<std::mutex> guard(m_mutex);
     m_running = false;
     m_changed.notify_all();
     return m_cancelled ? orva::kCancelled : orva::kOk;
 }
 
-void Jobs::play(const JobScript& script, const std::string& folder)
+void Jobs::perform(const Line& step, const std::string& folder)
 {
-    for (const Step& step : script.steps) {
-        if (cancelled()) {
-            break;
+    const std::string& kind = step.at(1);
+    if (kind == "state") {
+        report(integer(step, 2), integer(step, 3), step.at(4));
+    } else if (kind == "image") {
+        const std::string path = folder + '/' + step.at(2);
+        writePicture(path, integer(step, 3), integer(step, 4));
+        report(2, 0, path);
+    } else if (kind == "error") {
+        const std::lock_guard<std::mutex> oneAtATime(m_callbackMutex);
+        if (OrvaErrorCallback callback = onError) {
+            callback(integer(step, 2));
         }
-        perform(step, folder);
-    }
-    for (int i = 0; i < script.ends; ++i) {
-        reportState(-1, 0, {});
-    }
-}
-
-void Jobs::perform(const Step& step, const std::string& folder)
-{
-    switch (step.kind) {
-    case Step::Kind::kState:
-        reportState(step.number, step.page, step.name);
-        break;
-    case Step::Kind::kImage: {
-        const std::string path = folder + '/' + step.name;
-        std::ofstream(path, std::ios::binary) << pictureBytes(step.width, step.height);
-        reportState(2, step.page, path);
-        break;
-    }
-    case Step::Kind::kError:
-        reportError(step.number);
-        break;
-    case Step::Kind::kSleep:
-        pauseFor(step.number);
-        break;
-    case Step::Kind::kWait:
+    } else {
         waitForRelease();
-        break;
     }
 }
 
-void Jobs::reportState(int state, int page, const std::string& file)
+void Jobs::report(int state, int page, const std::string& file)
 {
     const std::lock_guard<std::mutex> oneAtATime(m_callbackMutex);
-    OrvaStateCallback callback = nullptr;
-    {
-        const std::lock_guard<std::mutex> guard(m_mutex);
-        callback = m_stateCallback;
-    }
-    if (callback != nullptr) {
+    if (OrvaStateCallback callback = onState) {
         callback(state, page, file);
     }
-}
-
-void Jobs::reportError(int code)
-{
-    const std::lock_guard<std::mutex> oneAtATime(m_callbackMutex);
-    OrvaErrorCallback callback = nullptr;
-    {
-        const std::lock_guard<std::mutex> guard(m_mutex);
-        callback = m_errorCallback;
-    }
-    if (callback != nullptr) {
-        callback(code);
-    }
-}
-
-void Jobs::pauseFor(int milliseconds)
-{
-    std::unique_lock<std::mutex> lock(m_mutex);
-    m_changed.wait_for(
-        lock, std::chrono::milliseconds(milliseconds), [this] { return m_cancelled; });
 }
 
 void Jobs::waitForRelease()
 {
     std::unique_lock<std::mutex> lock(m_mutex);
     m_changed.wait(lock, [this] { return m_cancelled || m_releases > 0; });
-    if (m_releases > 0) {
-        --m_releases;
-    }
-}
-
-bool Jobs::cancelled()
-{
-    const std::lock_guard<std::mutex> guard(m_mutex);
-    return m_cancelled;
+    m_releases -= m_releases > 0 ? 1 : 0;
 }
 
 void Jobs::cancel()
@@ -202,7 +114,7 @@ void Jobs::finishAll()
     }
 }
 
-void Jobs::fire(const Step& step)
+void Jobs::fire(const Line& step)
 {
     const std::lock_guard<std::mutex> guard(m_mutex);
     m_fired.emplace_back([this, step] { perform(step, {}); });

@@ -2,75 +2,45 @@
 #pragma once
 
 #include "sdk/records.h"
+#include "tests/fake_sdk/fake_script.h"
 
+#include <atomic>
 #include <condition_variable>
-#include <functional>
 #include <mutex>
-#include <string>
 #include <thread>
-#include <vector>
 
 namespace fake {
-
-struct Step
-{
-    enum class Kind
-    {
-        kState,
-        kImage,
-        kError,
-        kSleep,
-        kWait
-    };
-    Kind kind = Kind::kWait;
-    int number = 0; ///< state, error code or milliseconds
-    int page = 0;
-    std::string name; ///< file name
-    int width = 0;
-    int height = 0;
-};
-
-struct JobScript
-{
-    std::vector<Step> steps;
-    int ends = 1; ///< how often state -1 is reported
-};
 
 /// One job at a time. Callbacks come one at a time, with no lock held that the entry points need.
 class Jobs
 {
 public:
-    ~Jobs();
+    ~Jobs() { finishAll(); }
 
-    void setStateCallback(OrvaStateCallback callback);
-    void setErrorCallback(OrvaErrorCallback callback);
+    std::atomic<OrvaStateCallback> onState { nullptr };
+    std::atomic<OrvaErrorCallback> onError { nullptr };
 
-    /// Blocks until the job has ended. 0, -44 after a cancel, -14 while another job runs.
-    int run(const JobScript& script, const std::string& folder);
+    /// Blocks until the job has ended. `ends` is how often state -1 is reported. 0, -44 after a
+    /// cancel, -14 while another job runs.
+    int run(const std::vector<Line>& steps, int ends, const std::string& folder);
     void cancel();
     void release();
     bool running();
     /// Cancels what runs and waits until it and every fired callback have come to their end.
     void finishAll();
     /// One callback from another thread.
-    void fire(const Step& step);
+    void fire(const Line& step);
 
 private:
-    void play(const JobScript& script, const std::string& folder);
-    void perform(const Step& step, const std::string& folder);
-    void reportState(int state, int page, const std::string& file);
-    void reportError(int code);
-    void pauseFor(int milliseconds);
+    void perform(const Line& step, const std::string& folder);
+    void report(int state, int page, const std::string& file);
     void waitForRelease();
-    bool cancelled();
 
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::mutex m_callbackMutex;
-    OrvaStateCallback m_stateCallback = nullptr;
-    OrvaErrorCallback m_errorCallback = nullptr;
+    std::atomic<bool> m_cancelled { false };
     bool m_running = false;
-    bool m_cancelled = false;
     int m_releases = 0;
     std::vector<std::thread> m_fired;
 };

@@ -9,21 +9,11 @@
 #pragma once
 
 #include "sdk/records.h"
-
-#include <string>
-#include <vector>
-
-struct FakeCall
-{
-    long long atMs = 0; ///< since the library was loaded
-    int thread = 0; ///< number of the calling thread
-    std::string entry; ///< symbol of the library
-    std::vector<std::string> arguments; ///< see fake_calls in fake_sdk.h
-};
+#include "tests/fake_sdk/fake_sdk.h"
 
 /// Loads one variant for the life of the process (so that stack traces keep their names) and puts
-/// it into its factory state. The library is the same one that the application loads: all objects
-/// of a variant steer one state.
+/// it into its first state. The library is the same one that the application loads: all objects of
+/// a variant steer one state.
 class FakeSdk
 {
 public:
@@ -47,14 +37,15 @@ public:
     void install() const;
     static std::string fileOf(Variant variant);
 
-    void script(const std::string& lines);
-    void reset() { script("reset"); }
+    void script(const std::string& lines) { m_script(lines.c_str()); }
     void release() { script("release"); }
     void press(int button) { script("button|" + std::to_string(button)); }
-    bool scanning() const;
+    bool scanning() const { return m_scanning() != 0; }
 
     std::vector<FakeCall> calls() const;
     std::vector<FakeCall> callsOf(const std::string& entry) const;
+    /// Arguments of the last call; the test fails when there is none.
+    std::vector<std::string> lastCall(const std::string& entry) const;
     /// Names of the entries in call order.
     std::vector<std::string> callOrder() const;
     int count(const std::string& entry) const;
@@ -63,14 +54,8 @@ public:
     FileParam lastFileParam() const;
 
 private:
-    std::string lastBytes(const std::string& entry) const;
-
     std::string m_file;
     void (*m_script)(const char*) = nullptr;
-    std::size_t (*m_calls)(char*, std::size_t) = nullptr;
-    int (*m_count)(const char*) = nullptr;
+    void (*m_calls)(std::vector<FakeCall>*) = nullptr;
     int (*m_scanning)() = nullptr;
 };
-
-/// Reads a file in the form of fake_calls.
-std::vector<FakeCall> parseFakeCalls(const std::string& text);

@@ -1,49 +1,72 @@
 // Closing, in every way: exit status 0, nothing lost, nothing left running, the library released
 // last.
 #include "dialogs/onlinescanners.h"
-#include "log/itprojectlog.h"
 #include "tests/mainwindow/window_fixture.h"
-#include "tests/support/answer_modal.h"
 
-#include <QApplication>
-#include <QDate>
-#include <QFileDialog>
-#include <QPushButton>
-#include <QTimer>
+#include <QAbstractButton>
+
+#include <gmock/gmock.h>
+
+using ::testing::HasSubstr;
 
 class Closing : public WindowTest
 {
 protected:
-    static constexpr int kLimitMs = 5000;
-    /// Closes, and tells whether it took less than the limit.
+    /// Closes, and tells the exit status of a closing that is in time.
     int closeInTime(const std::function<void(MainWindow&)>& close)
     {
         QElapsedTimer timer;
         timer.start();
         const int status = closeWindow(close);
-        EXPECT_LT(timer.elapsed(), kLimitMs);
+        EXPECT_LT(timer.elapsed(), 5000);
         EXPECT_EQ(fake.callOrder().back(), "UnInit");
+        EXPECT_TRUE(logHas("应用窗口关闭"));
         return status;
     }
 };
 
-TEST_F(Closing, ByTitleBarWithoutADevice)
+TEST_F(Closing, EveryWay)
 {
-    window().show();
-    EXPECT_EQ(closeInTime([](MainWindow& w) { w.close(); }), 0);
-    EXPECT_TRUE(logHas("应用窗口关闭"));
-}
-
-TEST_F(Closing, ByTheExitButtonWithADevice)
-{
-    choose();
-    EXPECT_EQ(closeInTime([](MainWindow& w) {
-        w.findChild<QPushButton*>(QStringLiteral("exitMainBtn"))->click();
-    }),
-        0);
+    struct Way
+    {
+        const char* name;
+        std::function<void()> before;
+        std::function<void(MainWindow&)> close;
+    };
+    const auto titleBar = [](MainWindow& w) { w.close(); };
+    const Way ways[] = {
+        { "exit button", [] {},
+            [](MainWindow& w) { w.findChild<QAbstractButton*>("exitMainBtn")->click(); } },
+        { "end of the application", [] {}, [](MainWindow&) { QApplication::quit(); } },
+        { "parked monitor", [this] { window().ThreadKeyPause(); }, titleBar },
+        { "a poll of the buttons hangs",
+            [this] {
+                fake.script("delay|GetButtonStatus|1500\n");
+                ASSERT_TRUE(polls());
+            },
+            titleBar },
+        { "an error that still holds its thread",
+            [this] {
+                const Heard errors(window(), &MainWindow::scanStatusError);
+                startJob("step|error|-41\nstep|wait\n");
+                ASSERT_TRUE(QTest::qWaitFor([&] { return errors.size() == 1; }));
+            },
+            titleBar },
+        { "under a dialog of the window", [] {},
+            [](MainWindow& w) {
+                QTimer::singleShot(100, &w, [&w] { w.close(); });
+                w.dynamic_state_msg_box("标题", "文字");
+            } },
+    };
+    for (const Way& way : ways) {
+        SCOPED_TRACE(way.name);
+        fake.script("reset");
+        choose();
+        way.before();
+        EXPECT_EQ(closeInTime(way.close), 0);
+    }
     EXPECT_TRUE(logHas("硬按键线程结束！"));
     EXPECT_TRUE(logHas("destroy mutex and cond !"));
-    EXPECT_TRUE(fileExists(Sandbox::userFolder() + "/Orvascan A300/Orvascan A300.ini"));
 }
 
 TEST_F(Closing, ByTheDeviceDialogWithoutAChoice)
@@ -55,66 +78,17 @@ TEST_F(Closing, ByTheDeviceDialogWithoutAChoice)
     dialog->show();
     EXPECT_EQ(closeInTime([dialog](MainWindow&) { dialog->onPrecessCancelBtn(); }), 0);
     EXPECT_TRUE(logHas("print ----> unInit this word"));
-}
-
-TEST_F(Closing, ByTheEndOfTheApplication)
-{
-    choose();
-    EXPECT_EQ(closeInTime([](MainWindow&) { QApplication::quit(); }), 0);
-    EXPECT_TRUE(logHas("应用窗口关闭"));
-}
-
-TEST_F(Closing, WhileTheMonitorIsParked)
-{
-    choose();
-    window().ThreadKeyPause();
-    EXPECT_EQ(closeInTime([](MainWindow& w) { w.close(); }), 0);
+    EXPECT_FALSE(fileExists(Sandbox::userFolder() + "/Orvascan A300")) << "no device, no settings";
 }
 
 TEST_F(Closing, WhileAJobRunsCancelsItAndKeepsItsRecord)
 {
     choose();
-    writeBytes(Sandbox::path("joblog/keep"), "");
-    IOFLog.setEnabledValue(1);
-    IOFLog.GetDestSavePath(Sandbox::path("joblog").c_str());
-    fake.script("job|clear\nstep|image|kept.jpg|4|4\nstep|wait\n");
-    click("scanMainBtn");
+    logJobs();
+    startJob("step|image|kept.jpg|4|4\nstep|wait\n");
     ASSERT_TRUE(QTest::qWaitFor([this] { return fileExists(outputFolder() + "/kept.jpg"); }));
     EXPECT_EQ(closeInTime([](MainWindow& w) { w.close(); }), 0);
-    IOFLog.setEnabledValue(0);
     EXPECT_EQ(fake.count("CancelScan"), 1);
     EXPECT_TRUE(fileExists(outputFolder() + "/kept.jpg"));
-    const QDate today = QDate::currentDate();
-    const std::string log =
-        readBytes(Sandbox::path("joblog") + today.toString("/yyyy-M/").toStdString()
-            + "tarvex-base-pro-" + today.toString("yyyy_M_d").toStdString() + ".log");
-    EXPECT_NE(log.find("kept.jpg"), std::string::npos) << log;
-}
-
-TEST_F(Closing, RightAfterAnErrorThatStillHoldsItsThread)
-{
-    choose();
-    fake.script("job|clear\nstep|error|-41\nstep|wait\n");
-    const Heard errors(window(), &MainWindow::scanStatusError);
-    click("scanMainBtn");
-    ASSERT_TRUE(QTest::qWaitFor([&] { return errors.size() == 1; }));
-    EXPECT_EQ(closeInTime([](MainWindow& w) { w.close(); }), 0);
-}
-
-TEST_F(Closing, UnderAnOpenDialogOfTheWindow)
-{
-    choose();
-    EXPECT_EQ(closeInTime([](MainWindow& w) {
-        QTimer::singleShot(100, &w, [&w] { w.close(); });
-        w.dynamic_state_msg_box(QStringLiteral("标题"), QStringLiteral("文字"));
-    }),
-        0);
-}
-
-TEST_F(Closing, WhileAPollOfTheButtonsHangs)
-{
-    choose();
-    fake.script("delay|GetButtonStatus|1500\n");
-    ASSERT_TRUE(waitCount("GetButtonStatus", fake.count("GetButtonStatus") + 1));
-    EXPECT_EQ(closeInTime([](MainWindow& w) { w.close(); }), 0);
+    EXPECT_THAT(jobLog(), HasSubstr("kept.jpg"));
 }

@@ -47,6 +47,7 @@ class ControlTable : public WindowTest
 protected:
     void SetUp() override
     {
+        fake.script("paper|自动|0|0|216|356\n");
         choose();
         for (QWidget* widget : window().findChildren<QWidget*>()) {
             m_widgets[widget->objectName().toStdString()] = widget;
@@ -61,15 +62,6 @@ protected:
     bool checked(const char* name) { return at<QAbstractButton>(name)->isChecked(); }
     int index(const char* name) { return at<QComboBox>(name)->currentIndex(); }
     QString shown(const char* name) { return at<QComboBox>(name)->currentText(); }
-
-    /// As an operator would: a disabled control does not react.
-    void press(const char* name) { at<QAbstractButton>(name)->click(); }
-    void pick(const char* list, int i)
-    {
-        if (on(list)) {
-            at<QComboBox>(list)->setCurrentIndex(i);
-        }
-    }
 
     void expectTable(const std::string& where)
     {
@@ -101,25 +93,22 @@ protected:
     /// Stated in words of the operator, without the table.
     void expectInvariants(const std::string& where)
     {
-        const bool blackWhite = shown("colorModeComBo") == QStringLiteral("黑白");
+        const bool blackWhite = shown("colorModeComBo") == "黑白";
         EXPECT_EQ(on("threholdSlider"), blackWhite) << where;
         EXPECT_FALSE(on("lightSlider") && (blackWhite || checked("autopLevelchkBox"))) << where;
         EXPECT_FALSE(blackWhite && checked("autopLevelchkBox")) << where;
         EXPECT_NE(on("rotAngleComBox"), on("autoRotateModComBox")) << where << ": one way to turn";
         EXPECT_FALSE(checked("autoRotatChkBox") && index("rotAngleComBox") != 0) << where;
         EXPECT_FALSE(index("ColorDropoutComBox") == 0 && checked("ColorDropoutchkBox")) << where;
-        EXPECT_FALSE(
-            shown("colorModeComBo") == QStringLiteral("彩色") && index("ColorDropoutComBox") != 0)
+        EXPECT_FALSE(shown("colorModeComBo") == "彩色" && index("ColorDropoutComBox") != 0)
             << where;
         const QString type = shown("fileTypeCombo");
         const bool onePage = type == "jpg" || type == "bmp" || type == "png";
         EXPECT_FALSE(onePage && checked("multipage_radio")) << where;
         EXPECT_NE(checked("singlepage_radio"), checked("multipage_radio")) << where;
-        EXPECT_FALSE(
-            shown("paperTypeComBo") == QStringLiteral("自动") && !checked("autoCropChkBox"))
-            << where;
-        EXPECT_EQ(at<QComboBox>("MergeComBo")->findText(QStringLiteral("左右合并")) >= 0,
-            shown("scanSourceComBo").contains(QStringLiteral("双")))
+        EXPECT_FALSE(shown("paperTypeComBo") == "自动" && !checked("autoCropChkBox")) << where;
+        EXPECT_EQ(at<QComboBox>("MergeComBo")->findText("左右合并") >= 0,
+            shown("scanSourceComBo").contains("双"))
             << where;
         EXPECT_EQ(at<QSlider>("lightSlider")->value(), at<QSpinBox>("lightSpinBox")->value());
         EXPECT_EQ(at<QLabel>("label_Blank")->text().toInt(), at<QSlider>("BlankSlider")->value());
@@ -150,65 +139,25 @@ void ControlTable::clickSomething(std::mt19937& random)
         "autoRotatChkBox", "ColorDropoutchkBox", "checkBox_blank", "multipage_radio",
         "singlepage_radio", "autoCropChkBox", "baseSetDefaultBtn", "argSetDefaultBtn",
         "HlevelSetDefaultBtn" };
+    const int before = index("colorModeComBo");
+    bool dropoutReset = m_dropoutReset;
     if (upTo(random, 2) == 0) {
         const char* list = kLists[upTo(random, int(std::size(kLists)))];
-        const int before = index("colorModeComBo");
-        pick(list, upTo(random, at<QComboBox>(list)->count()));
-        m_dropoutReset = m_dropoutReset && before == index("colorModeComBo");
-        return;
-    }
-    const std::string button = kButtons[upTo(random, int(std::size(kButtons)))];
-    const int before = index("colorModeComBo");
-    press(button.c_str());
-    if (button == "HlevelSetDefaultBtn") {
-        m_dropoutReset = true;
-    } else {
-        m_dropoutReset = m_dropoutReset && before == index("colorModeComBo");
-    }
-}
-
-TEST_F(ControlTable, HoldsInEveryState)
-{
-    const auto count = [this](const char* list) { return at<QComboBox>(list)->count(); };
-    int states = 0;
-    for (int source = 0; source < count("scanSourceComBo"); ++source) {
-        pick("scanSourceComBo", source);
-        for (int mode = 0; mode < count("colorModeComBo"); ++mode) {
-            for (int type = 0; type < count("fileTypeCombo"); ++type) {
-                for (int choice = 0; choice < 16; ++choice) {
-                    pick("colorModeComBo", mode);
-                    if (((choice & 1) != 0) != checked("autopLevelchkBox")) {
-                        press("autopLevelchkBox");
-                    }
-                    pick("DenoiseComBo", 2);
-                    pick("rotAngleComBox", 3);
-                    if (((choice & 2) != 0) != checked("autoRotatChkBox")) {
-                        press("autoRotatChkBox");
-                    }
-                    pick("ColorDropoutComBox", choice >> 2);
-                    press("ColorDropoutchkBox");
-                    pick("fileTypeCombo", type);
-                    press("multipage_radio");
-                    const std::string where = shown("colorModeComBo").toStdString() + ' '
-                        + shown("fileTypeCombo").toStdString() + ' ' + std::to_string(choice);
-                    expectTable(where);
-                    expectInvariants(where);
-                    ++states;
-                    if (HasFailure()) {
-                        return;
-                    }
-                }
-            }
+        if (on(list)) { // as an operator would: a disabled control does not react
+            at<QComboBox>(list)->setCurrentIndex(upTo(random, at<QComboBox>(list)->count()));
         }
+    } else {
+        const std::string button = kButtons[upTo(random, int(std::size(kButtons)))];
+        at<QAbstractButton>(button.c_str())->click();
+        dropoutReset = dropoutReset || button == "HlevelSetDefaultBtn";
     }
-    std::cout << states << " states of the page\n";
-    EXPECT_EQ(states, 3 * 4 * 11 * 2 * 2 * 4);
+    m_dropoutReset = dropoutReset && before == index("colorModeComBo");
 }
 
 TEST_F(ControlTable, HoldsAfterAnyOrderOfClicks)
 {
     std::mt19937 random(20240305);
-    for (int click = 0; click < 6000 && !HasFailure(); ++click) {
+    for (int click = 0; click < 8000 && !HasFailure(); ++click) {
         clickSomething(random);
         const std::string where = "click " + std::to_string(click);
         expectTable(where);
@@ -250,10 +199,9 @@ QByteArray ControlTable::hostileFile(std::mt19937& random)
             : row.id == rules::Setting::kScanDeviceName                ? QByteArray(kDevice)
             : upTo(random, 40) == 0                                    ? QByteArray(10000, 'x')
                                     : QByteArray(kValues[upTo(random, int(std::size(kValues)))]);
-        if (row.group == std::string(rules::kValueGroup) && upTo(random, 20) != 0) {
-            file += QByteArray(row.readKey) + '=' + value + '\n';
-        } else if (row.id == rules::Setting::kFirstStart
-            || row.id == rules::Setting::kScanDeviceName) {
+        const bool isNeeded =
+            row.id == rules::Setting::kFirstStart || row.id == rules::Setting::kScanDeviceName;
+        if (row.group == std::string(rules::kValueGroup) && (isNeeded || upTo(random, 20) != 0)) {
             file += QByteArray(row.readKey) + '=' + value + '\n';
         }
     }

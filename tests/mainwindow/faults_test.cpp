@@ -1,16 +1,11 @@
 // A library, a disk or an operator that does what nobody expects: the window goes on, and no job
 // and no message is lost.
-#include "dialogs/statusdialog.h"
 #include "dialogs/statusmesbox.h"
 #include "tests/mainwindow/window_fixture.h"
 
-#include <QApplication>
-#include <QElapsedTimer>
 #include <QImage>
 #include <QLabel>
-#include <QLineEdit>
 #include <QPushButton>
-#include <QTimer>
 
 #include <pthread.h>
 #include <sys/resource.h>
@@ -21,13 +16,11 @@
 
 namespace {
 
-/// The last shown first.
 QList<StatusMessageBox*> shownBoxes()
 {
     QList<StatusMessageBox*> boxes;
     for (QWidget* widget : QApplication::topLevelWidgets()) {
-        auto* box = qobject_cast<StatusMessageBox*>(widget);
-        if (box != nullptr && box->isVisible()) {
+        if (auto* box = qobject_cast<StatusMessageBox*>(widget); box && box->isVisible()) {
             boxes.append(box);
         }
     }
@@ -85,9 +78,7 @@ protected:
     {
         const int jobs = fake.count("Scan");
         const Heard records(window(), &MainWindow::final_signal_iof_batch);
-        fake.script("job|clear\nstep|state|1|1|\n");
-        click("scanMainBtn");
-        ASSERT_TRUE(waitIdle());
+        runJob("step|state|1|1|\n");
         EXPECT_EQ(fake.count("Scan"), jobs + 1);
         EXPECT_EQ(records.size(), 1);
     }
@@ -99,8 +90,7 @@ TEST_F(Faults, AHundredThousandCallbacksFromFourThreadsAndSomeAfterTheEnd)
     constexpr int kEach = 25000;
     const Heard records(window(), &MainWindow::final_signal_iof_batch);
     const Heard status(window(), &MainWindow::scanStatusOccur);
-    fake.script("job|clear\nstep|wait\n");
-    click("scanMainBtn");
+    startJob("step|wait\n");
     ASSERT_TRUE(waitCount("Scan", 1));
     QElapsedTimer flood;
     flood.start();
@@ -152,7 +142,7 @@ TEST_F(Faults, AThreadThatCannotBeMadeIsToldAndTheScannersButtonTriesAgain)
     EXPECT_TRUE(logHas("开启扫描线程失败"));
     EXPECT_EQ(shownBoxes().size(), 1);
     EXPECT_EQ(QApplication::activeModalWidget(), nullptr) << "no progress of a job that is not";
-    EXPECT_FALSE(control<QPushButton>("scanMainBtn")->isEnabled());
+    EXPECT_FALSE(enabled("scanMainBtn"));
     fake.press(1);
     ASSERT_TRUE(waitCount("Scan", 1));
     EXPECT_TRUE(waitIdle());
@@ -162,9 +152,7 @@ TEST_F(Faults, AHiddenErrorLeavesNoProgressBehind)
 {
     writeBytes(Sandbox::root() + "/opt/apps/orvascan/scanner/config/ErrorCode.xml",
         "<r><e id='-41' ishow='0' ierror='1'>x</e></r>");
-    fake.script("job|clear\nstep|state|1|1|\nstep|error|-41\n");
-    click("scanMainBtn");
-    ASSERT_TRUE(waitIdle());
+    runJob("step|state|1|1|\nstep|error|-41\n");
     EXPECT_TRUE(shownBoxes().isEmpty());
     EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
 }
@@ -215,7 +203,7 @@ TEST_F(Faults, PreviewFilesThatAreNone)
 
 TEST_F(Faults, ButtonsUnderAModalNoticeDoTheirWorkAndEachNoticeIsSeen)
 {
-    control<QLineEdit>("filePathEdit")->setText(QStringLiteral("/proc/no such folder"));
+    set("filePathEdit", "/proc/no such folder");
     for (const int value : { 3, 5, 6, 7, 8, 16, -404, 4, 4, 2, 1 }) {
         fake.press(value);
     }
@@ -231,14 +219,14 @@ TEST_F(Faults, ButtonsUnderAModalNoticeDoTheirWorkAndEachNoticeIsSeen)
         top->button(QMessageBox::Yes)->click();
     });
     operatorsHand.start(20);
-    window().dynamic_state_msg_box(QStringLiteral("标题"), QStringLiteral("文字"));
+    window().dynamic_state_msg_box("标题", "文字");
     EXPECT_TRUE(QTest::qWaitFor([&] { return seen.size() >= 3; }, 10000));
     operatorsHand.stop();
-    EXPECT_EQ(seen.count(QStringLiteral("标题")), 1);
-    EXPECT_EQ(seen.count(QStringLiteral("路径异常")), 2) << "one for each start that was refused";
+    EXPECT_EQ(seen.count("标题"), 1);
+    EXPECT_EQ(seen.count("路径异常"), 2) << "one for each start that was refused";
     EXPECT_EQ(fake.count("Scan"), 0);
     EXPECT_FALSE(window().isMinimized()) << "down and up again";
 
-    control<QLineEdit>("filePathEdit")->setText(QString::fromStdString(outputFolder()));
+    set("filePathEdit", QString::fromStdString(outputFolder()));
     expectNextJobWorks();
 }

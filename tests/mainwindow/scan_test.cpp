@@ -2,39 +2,14 @@
 // unsaid.
 #include "dialogs/statusdialog.h"
 #include "dialogs/statusmesbox.h"
-#include "log/itprojectlog.h"
 #include "tests/mainwindow/window_fixture.h"
-#include "tests/support/answer_modal.h"
 
-#include <QApplication>
-#include <QComboBox>
-#include <QDate>
-#include <QLineEdit>
 #include <QPushButton>
-#include <QRadioButton>
-#include <QSpinBox>
 
 #include <gmock/gmock.h>
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::Not;
-
-namespace {
-
-template <class Window>
-Window* shown()
-{
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
-        auto* found = qobject_cast<Window*>(widget);
-        if (found != nullptr && found->isVisible()) {
-            return found;
-        }
-    }
-    return nullptr;
-}
-
-} // namespace
 
 class Scan : public WindowTest
 {
@@ -42,16 +17,12 @@ protected:
     void SetUp() override
     {
         choose();
-        writeBytes(Sandbox::path("joblog/keep"), "");
-        IOFLog.setEnabledValue(1);
-        IOFLog.GetDestSavePath(Sandbox::path("joblog").c_str());
+        logJobs();
         m_status = std::make_unique<Heard>(window(), &MainWindow::scanStatusOccur);
         m_errors = std::make_unique<Heard>(window(), &MainWindow::scanStatusError);
         m_records = std::make_unique<Heard>(window(), &MainWindow::final_signal_iof_batch);
         ASSERT_TRUE(waitCount("GetButtonStatus", 1));
     }
-    void TearDown() override { IOFLog.setEnabledValue(0); }
-
     /// (isEnd, scanned, saved) of every report, as text.
     std::vector<std::string> reports() const
     {
@@ -62,11 +33,10 @@ protected:
         }
         return all;
     }
-    std::string jobLog() const
+    void nameBySerial(const char* start)
     {
-        const QDate today = QDate::currentDate();
-        return readBytes(Sandbox::path("joblog") + today.toString("/yyyy-M/").toStdString()
-            + "tarvex-base-pro-" + today.toString("yyyy_M_d").toStdString() + ".log");
+        set({ { "serialNameRadio", "true" }, { "nameNoLenSpinBox", "3" },
+            { "nameNoSerialEdit", start } });
     }
 
     std::unique_ptr<Heard> m_status;
@@ -76,14 +46,17 @@ protected:
 
 TEST_F(Scan, RunsFromTheClickToTheRecord)
 {
+    const char* const buttons[] = { "scanMainBtn", "preViewBtn", "templateBtn", "exitMainBtn",
+        "button_clear_tmpdata" };
     select("scanSourceComBo", "ADF双面");
-    fake.script("job|clear\nstep|state|1|1|\nstep|state|1|2|\nstep|state|2|1|/out/a.jpg\n"
-                "step|state|1|3|\nstep|state|1|4|\nstep|state|2|2|/out/b.jpg\nstep|wait\n");
     const std::size_t before = fake.calls().size();
-    click("scanMainBtn");
-    EXPECT_FALSE(control<QPushButton>("scanMainBtn")->isEnabled());
-    EXPECT_FALSE(control<QPushButton>("exitMainBtn")->isEnabled());
+    startJob("step|state|1|1|\nstep|state|1|2|\nstep|state|2|1|/out/a.jpg\n"
+             "step|state|1|3|\nstep|state|1|4|\nstep|state|2|2|/out/b.jpg\nstep|wait\n");
     ASSERT_TRUE(QTest::qWaitFor([this] { return m_status->size() == 7; }));
+    for (const char* name : buttons) {
+        EXPECT_FALSE(enabled(name)) << name;
+    }
+    window().onStartScan(); // no second job at the same time
     EXPECT_NE(shown<StatusDialog>(), nullptr);
     fake.release();
     ASSERT_TRUE(waitIdle());
@@ -97,15 +70,13 @@ TEST_F(Scan, RunsFromTheClickToTheRecord)
         ElementsAre("SetStateCallback", "SetErrorCallback"));
     EXPECT_THAT(std::vector<std::string>(calls.end() - 2, calls.end()),
         ElementsAre("Scan", "ClearTmpData"));
-    for (const char* name :
-        { "scanMainBtn", "preViewBtn", "templateBtn", "exitMainBtn", "button_clear_tmpdata" }) {
-        EXPECT_TRUE(control<QPushButton>(name)->isEnabled()) << name;
+    for (const char* name : buttons) {
+        EXPECT_TRUE(enabled(name)) << name;
     }
     // two sides a sheet; both files; success
     EXPECT_THAT(jobLog(),
         HasSubstr("作业页数: 2\n扫描结果: 成功!\n生成的文件：\n/out/a.jpg\n/out/b.jpg\n"));
     EXPECT_TRUE(logHas("# MainWindow::doScanner # scan end return 0"));
-    EXPECT_TRUE(logHas("# MainWindow::onEnableScanBtn # "));
 }
 
 TEST_F(Scan, ReachesTheLibraryAtOnceWhenTheMonitorIsIdle)
@@ -125,10 +96,8 @@ TEST_F(Scan, ReachesTheLibraryAtOnceWhenTheMonitorIsIdle)
 
 TEST_F(Scan, ErrorEndsWithOneMessageAndAFailedRecord)
 {
-    fake.script("job|clear\nstep|state|1|1|\nstep|state|2|1|/out/a.jpg\nstep|error|-41\n"
-                "step|state|2|2|/out/late.jpg\n");
-    click("scanMainBtn");
-    ASSERT_TRUE(waitIdle());
+    runJob("step|state|1|1|\nstep|state|2|1|/out/a.jpg\nstep|error|-41\n"
+           "step|state|2|2|/out/late.jpg\n");
     ASSERT_EQ(m_errors->size(), 1);
     EXPECT_EQ(m_errors->all.front().front(), -41);
     EXPECT_THAT(reports(), ElementsAre("-1 -1 -1", "0 1 0", "0 1 1"));
@@ -137,21 +106,17 @@ TEST_F(Scan, ErrorEndsWithOneMessageAndAFailedRecord)
     EXPECT_NE(shown<StatusMessageBox>(), nullptr);
     EXPECT_EQ(shown<StatusDialog>(), nullptr);
     // the window is usable: the next job runs although the box still stands there
-    fake.script("job|clear\nstep|state|1|1|\n");
-    click("scanMainBtn");
-    ASSERT_TRUE(waitIdle());
+    runJob("step|state|1|1|\n");
     EXPECT_EQ(reports().back(), "1 1 0");
 }
 
 TEST_F(Scan, CancelReachesTheLibraryAndTheJobEndsNormally)
 {
-    fake.script("job|clear\nstep|state|1|1|\nstep|wait\nstep|state|1|2|\n");
-    click("scanMainBtn");
+    startJob("step|state|1|1|\nstep|wait\nstep|state|1|2|\n");
     ASSERT_TRUE(QTest::qWaitFor([this] { return m_status->size() == 2; }));
     auto* dialog = shown<StatusDialog>();
     ASSERT_NE(dialog, nullptr);
-    QTest::mouseClick(
-        dialog->findChild<QPushButton*>(QStringLiteral("pushButton")), Qt::LeftButton);
+    QTest::mouseClick(dialog->findChild<QPushButton*>(), Qt::LeftButton);
     ASSERT_TRUE(waitIdle());
     EXPECT_EQ(fake.count("CancelScan"), 1);
     EXPECT_EQ(reports().back(), "1 1 0");
@@ -162,20 +127,16 @@ TEST_F(Scan, CancelReachesTheLibraryAndTheJobEndsNormally)
 TEST_F(Scan, WhatTheLibraryLeavesUnsaidIsClosedByTheWorker)
 {
     // no callback at all and a failure code: told, recorded, buttons and monitor back
-    fake.script("job|clear\njob|no-end\nresult|Scan|-20|1\n");
-    click("scanMainBtn");
-    ASSERT_TRUE(waitIdle());
+    fake.script("result|Scan|-20|1\n");
+    runJob("job|no-end\n");
     ASSERT_EQ(m_errors->size(), 1);
     EXPECT_EQ(m_errors->all.front().front(), -20);
     EXPECT_EQ(m_records->size(), 1);
     EXPECT_THAT(jobLog(), HasSubstr("扫描结果: 失败"));
-    const int polls = fake.count("GetButtonStatus");
-    EXPECT_TRUE(waitCount("GetButtonStatus", polls + 1));
+    EXPECT_TRUE(polls());
 
     // the end reported twice counts once
-    fake.script("job|clear\njob|end-twice\nstep|state|1|1|\n");
-    click("scanMainBtn");
-    ASSERT_TRUE(waitIdle());
+    runJob("job|end-twice\nstep|state|1|1|\n");
     EXPECT_EQ(m_records->size(), 2);
     EXPECT_EQ(m_errors->size(), 1);
 }
@@ -189,67 +150,55 @@ TEST_F(Scan, CallbackWithoutAWindowIsRefused)
     EXPECT_TRUE(logHas("gmainWindow = NULL"));
 }
 
-TEST_F(Scan, RefusedSettingsLeaveTheWindowReady)
+TEST_F(Scan, TheSerialStartShowsTheNextFreeNumber)
 {
-    fake.script("result|SetScanSource|-16\n");
-    click("scanMainBtn");
-    EXPECT_TRUE(logHas("[func:onStartScan]扫描参数设置失败"));
-    EXPECT_EQ(fake.count("Scan"), 0);
-    EXPECT_TRUE(control<QPushButton>("scanMainBtn")->isEnabled());
-    const int polls = fake.count("GetButtonStatus");
-    EXPECT_TRUE(waitCount("GetButtonStatus", polls + 1));
-}
-
-struct SerialCase
-{
-    const char* name;
-    const char* start;
-    int digits;
-    const char* steps;
-    const char* next;
-};
-
-[[maybe_unused]] static void PrintTo(const SerialCase& c, std::ostream* out)
-{
-    *out << c.name;
-}
-
-class ScanSerial : public Scan, public ::testing::WithParamInterface<SerialCase>
-{
-};
-
-TEST_P(ScanSerial, StartShowsTheNextFreeNumber)
-{
-    const SerialCase& c = GetParam();
-    click("serialNameRadio");
-    control<QSpinBox>("nameNoLenSpinBox")->setValue(c.digits);
-    control<QLineEdit>("nameNoSerialEdit")->setText(QString::fromUtf8(c.start));
-    fake.script(std::string("job|clear\n") + c.steps);
-    click("scanMainBtn");
-    ASSERT_TRUE(waitIdle());
-    EXPECT_EQ(control<QLineEdit>("nameNoSerialEdit")->text(), QString::fromUtf8(c.next));
-}
-
-INSTANTIATE_TEST_SUITE_P(AfterAJob, ScanSerial,
-    ::testing::Values(
-        SerialCase { "saved", "7", 3, "step|state|2|1|/a\nstep|state|2|2|/b\n", "009" },
-        SerialCase { "nameless_file_counts", "007", 3, "step|state|2|1|\n", "008" },
-        SerialCase { "nothing_saved", "007", 3, "step|state|1|1|\n", "007" },
-        SerialCase { "failed_job_keeps_its_numbers", "007", 3,
+    struct Case
+    {
+        const char* name;
+        const char* start;
+        const char* steps;
+        const char* next;
+    };
+    const Case cases[] = {
+        { "saved", "7", "step|state|2|1|/a\nstep|state|2|2|/b\n", "009" },
+        { "the next job counts on", "009", "step|state|2|1|/a\nstep|state|2|2|/b\n", "011" },
+        { "a nameless file counts", "007", "step|state|2|1|\n", "008" },
+        { "nothing saved", "007", "step|state|1|1|\n", "007" },
+        { "a failed job keeps its numbers", "007",
             "step|state|2|1|/a\nstep|error|-41\nstep|state|2|2|/b\n", "009" },
-        SerialCase { "overflow_grows", "999", 3, "step|state|2|1|/a\n", "1000" }),
-    [](const auto& tested) { return std::string(tested.param.name); });
-
-TEST_F(Scan, SerialStartCountsOnOverSeveralJobs)
-{
-    click("serialNameRadio");
-    control<QSpinBox>("nameNoLenSpinBox")->setValue(3);
-    control<QLineEdit>("nameNoSerialEdit")->setText(QStringLiteral("001"));
-    for (const char* next : { "003", "005" }) {
-        fake.script("job|clear\nstep|state|2|1|/a\nstep|state|2|2|/b\n");
-        click("scanMainBtn");
-        ASSERT_TRUE(waitIdle());
-        EXPECT_EQ(control<QLineEdit>("nameNoSerialEdit")->text(), QString::fromUtf8(next));
+        { "grows", "999", "step|state|2|1|/a\n", "1000" },
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        nameBySerial(c.start);
+        runJob(c.steps);
+        EXPECT_EQ(text("nameNoSerialEdit"), c.next);
     }
-    EXPECT_EQ(std::string(fake.lastFileParam().szIndex), "003");
+    expect({ { "nameNoLenSpinBox", "4" }, { "nameHintLabel", "序号已进位，序号长度改为4" } });
+    ASSERT_EQ(closeWindow(), 0);
+    choose();
+    EXPECT_EQ(text("nameNoSerialEdit"), "1000") << "or 100 would come again";
+}
+
+TEST_F(Scan, AStartThatIsChangedMeanwhileStaysAndUsedUpNumbersAreTold)
+{
+    nameBySerial("007");
+    startJob("step|state|2|1|/a\nstep|wait\n");
+    ASSERT_TRUE(waitCount("Scan", 1));
+    set("nameNoSerialEdit", "500");
+    fake.release();
+    ASSERT_TRUE(waitIdle());
+    EXPECT_EQ(text("nameNoSerialEdit"), "500");
+
+    set({ { "nameNoLenSpinBox", "10" }, { "nameNoSerialEdit", "9999999999" } });
+    QString title;
+    const AnswerModal answer([&title](QDialog& dialog) { // the progress of the job is one as well
+        if (qobject_cast<StatusMessageBox*>(&dialog) != nullptr) {
+            title = dialog.windowTitle();
+            dialog.close();
+        }
+    });
+    runJob("step|state|2|1|/a\n");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return title == "序号已用完"; })) << title.toStdString();
+    expect({ { "nameNoSerialEdit", "9999999999" }, { "sameNameAddNoRadio", "true" } });
 }

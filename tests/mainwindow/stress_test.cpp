@@ -1,10 +1,8 @@
 // A day of work in a minute: many jobs of every kind in a row, started from the window and from the
 // scanner. Nothing hangs, every job is on record, and nothing is left running or open.
 #include "dialogs/statusdialog.h"
-#include "log/itprojectlog.h"
 #include "tests/mainwindow/window_fixture.h"
 
-#include <QApplication>
 #include <QPushButton>
 #include <QThreadPool>
 
@@ -47,16 +45,6 @@ int entriesOf(const char* folder)
         std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator()));
 }
 
-int count(const std::string& text, const std::string& part)
-{
-    int found = 0;
-    for (std::size_t at = text.find(part); at != std::string::npos;
-         at = text.find(part, at + part.size())) {
-        ++found;
-    }
-    return found;
-}
-
 } // namespace
 
 class Stress : public WindowTest
@@ -65,11 +53,8 @@ protected:
     void SetUp() override
     {
         choose();
-        std::filesystem::create_directories(m_folder);
-        IOFLog.setEnabledValue(1);
-        IOFLog.GetDestSavePath(m_folder.c_str());
+        logJobs();
     }
-    void TearDown() override { IOFLog.setEnabledValue(0); }
 
     /// 0: from the window; 1 and 2: by that button of the scanner.
     void runJob(Kind kind, int button)
@@ -89,23 +74,13 @@ protected:
     }
     static QPushButton* cancelButton()
     {
-        auto* dialog = qobject_cast<StatusDialog*>(QApplication::activeModalWidget());
+        auto* dialog = shown<StatusDialog>();
         auto* button = dialog != nullptr ? dialog->findChild<QPushButton*>() : nullptr;
-        return button != nullptr && button->isVisible()
-                && button->text() == QStringLiteral("取消扫描")
-            ? button
-            : nullptr;
+        return button != nullptr && button->isVisible() && button->text() == "取消扫描" ? button
+                                                                                        : nullptr;
     }
-    std::string records() const
-    {
-        std::string all;
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(m_folder)) {
-            all += entry.is_regular_file() ? readBytes(entry.path()) : std::string();
-        }
-        return all;
-    }
+    static int recorded(const QByteArray& part) { return QByteArray(jobLog().c_str()).count(part); }
 
-    std::string m_folder = Sandbox::path("joblog");
     int m_started = 0;
 };
 
@@ -118,7 +93,6 @@ TEST_F(Stress, TwoHundredJobsOfEveryKindInARow)
     const auto pick = [&dice](int sides) { return static_cast<int>(dice() % sides); };
     std::map<std::string, int> jobs;
     int fromScanner = 0;
-    int failed = 0;
     int threads = 0;
     int descriptors = 0;
     for (int i = 0; i < kWarmUp + kJobs; ++i) {
@@ -133,7 +107,6 @@ TEST_F(Stress, TwoHundredJobsOfEveryKindInARow)
         ASSERT_NO_FATAL_FAILURE(runJob(kind, button)) << "job " << i << ", " << kNames[kind];
         ++jobs[kNames[kind]];
         fromScanner += button != 0 ? 1 : 0;
-        failed += kind == kFailing ? 1 : 0;
     }
     std::cout << "seed " << kSeed << ", " << fromScanner << " jobs by the scanner's buttons, "
               << opened.urls.size() << " results opened\n";
@@ -141,10 +114,10 @@ TEST_F(Stress, TwoHundredJobsOfEveryKindInARow)
         std::cout << "  " << name << ": " << times << '\n';
     }
 
-    const std::string log = records();
-    EXPECT_EQ(count(log, std::string(50, '-') + "\n开始时间: "), m_started);
-    EXPECT_EQ(count(log, "扫描结果: 失败\n"), failed);
-    EXPECT_EQ(count(log, "扫描结果: 成功!\n"), m_started - failed);
+    const int failed = jobs[kNames[kFailing]];
+    EXPECT_EQ(recorded(QByteArray(50, '-') + "\n开始时间: "), m_started);
+    EXPECT_EQ(recorded("扫描结果: 失败\n"), failed);
+    EXPECT_EQ(recorded("扫描结果: 成功!\n"), m_started - failed);
     EXPECT_EQ(fake.count("Scan"), m_started);
     EXPECT_EQ(fake.count("CancelScan"), jobs["cancelled"]);
     EXPECT_TRUE(QTest::qWaitFor([&] { return entriesOf("/proc/self/task") == threads; }, 5000))

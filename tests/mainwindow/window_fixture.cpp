@@ -1,11 +1,12 @@
 #include "tests/mainwindow/window_fixture.h"
 
-#include <QApplication>
-#include <QComboBox>
+#include "log/itprojectlog.h"
+
+#include <QDate>
 #include <QDesktopServices>
 #include <QLineEdit>
+#include <QMetaProperty>
 #include <QPointer>
-#include <QPushButton>
 #include <QTimer>
 
 #include <new>
@@ -39,6 +40,7 @@ WindowTest::WindowTest(FakeSdk::Variant variant)
 
 WindowTest::~WindowTest()
 {
+    IOFLog.setEnabledValue(0);
     if (m_window != nullptr) {
         fake.release();
         EXPECT_EQ(closeWindow(), 0);
@@ -53,12 +55,17 @@ MainWindow& WindowTest::window()
     return *m_window;
 }
 
-void WindowTest::choose(const QString& device)
+void WindowTest::chooseDevice(const QString& device)
 {
     std::vector<_tagdevicesInfomationItem> devices;
     window().getOnLineScanDevices(devices);
     window().onSelScanDeviceSig(device);
-    control<QLineEdit>("filePathEdit")->setText(QString::fromStdString(outputFolder()));
+}
+
+void WindowTest::choose(const QString& device)
+{
+    chooseDevice(device);
+    set("filePathEdit", QString::fromStdString(outputFolder()));
 }
 
 int WindowTest::closeWindow(const std::function<void(MainWindow&)>& close)
@@ -80,17 +87,32 @@ int WindowTest::closeWindow(const std::function<void(MainWindow&)>& close)
     return status;
 }
 
-QString WindowTest::text(const char* combo)
+QString WindowTest::text(const char* name)
 {
-    return control<QComboBox>(combo)->currentText();
+    const auto* widget = control<QWidget>(name);
+    const QMetaProperty value = widget->metaObject()->userProperty();
+    return value.isValid() ? value.read(widget).toString() : widget->property("text").toString();
 }
 
-void WindowTest::select(const char* combo, const char* text)
+void WindowTest::expect(const Values& values)
 {
-    auto* list = control<QComboBox>(combo);
-    const int index = list->findText(QString::fromUtf8(text));
-    ASSERT_GE(index, 0) << combo << " has no " << text;
-    list->setCurrentIndex(index);
+    for (const auto& [name, value] : values) {
+        EXPECT_EQ(text(name).toStdString(), value) << name;
+    }
+}
+
+void WindowTest::set(const char* name, const QString& value)
+{
+    auto* widget = control<QWidget>(name);
+    widget->metaObject()->userProperty().write(widget, value);
+    EXPECT_EQ(text(name).toStdString(), value.toStdString()) << name;
+}
+
+void WindowTest::set(const Values& values)
+{
+    for (const auto& [name, value] : values) {
+        set(name, QString::fromUtf8(value));
+    }
 }
 
 void WindowTest::click(const char* button)
@@ -100,11 +122,21 @@ void WindowTest::click(const char* button)
     found->click();
 }
 
+void WindowTest::startJob(const std::string& steps, const char* button)
+{
+    fake.script("job|clear\n" + steps);
+    click(button);
+}
+
+void WindowTest::runJob(const std::string& steps, const char* button)
+{
+    startJob(steps, button);
+    ASSERT_TRUE(waitIdle());
+}
+
 bool WindowTest::waitIdle()
 {
-    auto* button = control<QPushButton>("scanMainBtn");
-    return QTest::qWaitFor(
-        [this, button] { return button->isEnabled() && !fake.scanning(); }, 10000);
+    return QTest::qWaitFor([this] { return enabled("scanMainBtn") && !fake.scanning(); }, 10000);
 }
 
 bool WindowTest::waitCount(const char* entry, int count)
@@ -112,9 +144,30 @@ bool WindowTest::waitCount(const char* entry, int count)
     return QTest::qWaitFor([this, entry, count] { return fake.count(entry) >= count; }, 10000);
 }
 
-bool WindowTest::logHas(const std::string& text)
+bool WindowTest::polls(int more)
 {
-    return Sandbox::runLog().find(text) != std::string::npos;
+    return waitCount("GetButtonStatus", fake.count("GetButtonStatus") + more);
+}
+
+void WindowTest::logJobs()
+{
+    writeBytes(Sandbox::path("joblog/keep"), "");
+    IOFLog.setEnabledValue(1);
+    IOFLog.GetDestSavePath(Sandbox::path("joblog").c_str());
+}
+
+std::string WindowTest::jobLog()
+{
+    const QDate today = QDate::currentDate();
+    return readBytes(Sandbox::path("joblog") + today.toString("/yyyy-M/").toStdString()
+        + "tarvex-base-pro-" + today.toString("yyyy_M_d").toStdString() + ".log");
+}
+
+SeenModal WindowTest::told(const std::function<void()>& call)
+{
+    const AnswerModal answer(QStringLiteral("确 定"));
+    call();
+    return answer.count() == 1 ? answer.seen().front() : SeenModal();
 }
 
 int WindowTest::logCount(const std::string& text)
