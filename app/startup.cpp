@@ -8,6 +8,7 @@
 #include "dialogs/splashscreen.h"
 #include "dialogs/statusmesbox.h"
 #include "log/Log.h"
+#include "log/itprojectlog.h"
 #include "mainwindow/mainwindow.h"
 
 #include <QEventLoop>
@@ -161,6 +162,7 @@ int runApplication()
     }
     process_control_uninstall();
     bindDriverTexts();
+    IOFLog.startWriter();
 
     g_MainWindow = new MainWindow(nullptr);
     nameRunLog(user);

@@ -1,25 +1,16 @@
-// The job log. A block goes out in one write to a locked file open for appending, so that blocks of
-// two processes do not mix, also when a full disk or a network folder cuts the write in two.
+// The job log: what a block holds and which file it belongs to.
 #include "log/itprojectlog.h"
 
 #include "app/common.h"
-#include "log/Log.h"
 #include "log/log_paths.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
-#include <filesystem>
-#include <system_error>
-#include <thread>
 
 namespace {
 
@@ -58,84 +49,6 @@ void copyWhole(const std::string& text, char* buffer, std::size_t room)
     }
     text.copy(buffer, length);
     buffer[length] = '\0';
-}
-
-/// A folder or file that another user's first block has just made lets others in a moment later.
-constexpr int kOpenTries = 5;
-constexpr int kLockTries = 100;
-constexpr std::chrono::milliseconds kLockPause { 10 };
-
-/// Bounded: a process that hangs with the lock must not hang this one.
-bool lockFile(int descriptor)
-{
-    for (int tries = 0; ::flock(descriptor, LOCK_EX | LOCK_NB) != 0; ++tries) {
-        if (errno != EWOULDBLOCK || tries == kLockTries) {
-            return false;
-        }
-        std::this_thread::sleep_for(kLockPause);
-    }
-    return true;
-}
-
-/// errno of the fault; 0 when all bytes are on the disk, so that they outlive a loss of power.
-int writeAll(int descriptor, const std::string& bytes)
-{
-    std::size_t done = 0;
-    while (done < bytes.size()) {
-        const ssize_t written = ::write(descriptor, bytes.data() + done, bytes.size() - done);
-        if (written > 0) {
-            done += static_cast<std::size_t>(written);
-        } else if (written == 0 || errno != EINTR) {
-            return errno;
-        }
-    }
-    return ::fdatasync(descriptor) == 0 || errno == EINVAL ? 0 : errno;
-}
-
-/// errno; 0 when the bytes are in the file. A new file gets the permissions of its folder.
-int appendBytes(const std::string& file, const std::string& bytes, mode_t folderMode)
-{
-    int descriptor = -1;
-    for (int tries = 0; descriptor < 0; ++tries) {
-        descriptor = ::open(file.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
-        if (descriptor < 0 && (errno != EACCES || tries == kOpenTries)) {
-            return errno;
-        }
-        if (descriptor < 0) {
-            std::this_thread::sleep_for(kLockPause);
-        }
-    }
-    const bool locked = lockFile(descriptor);
-    struct stat before
-    {
-    };
-    const bool known = ::fstat(descriptor, &before) == 0;
-    if (known && before.st_size == 0) {
-        ::fchmod(descriptor, folderMode & 0666U); // refused to all but its owner
-    }
-    const int fault = writeAll(descriptor, bytes);
-    if (fault != 0 && locked && known && ::ftruncate(descriptor, before.st_size) != 0) {
-        runLog("[func:%s]%s ends in half a block", __func__, file.c_str());
-    }
-    ::close(descriptor);
-    return fault;
-}
-
-/// Makes the month's folder and tells the permissions of what lies in it. Who may write into the
-/// destination may write into what lies below it, or the first user of a shared folder would lock
-/// the others out.
-mode_t makeFolder(const std::string& destination, const std::string& folder)
-{
-    std::error_code ignored; // opening the file tells
-    const bool isNew = std::filesystem::create_directories(folder, ignored);
-    struct stat status
-    {
-    };
-    if (isNew && ::stat(destination.c_str(), &status) == 0) {
-        ::chmod(folder.c_str(), status.st_mode & 0777U);
-    }
-    // Not those of the folder: another user's process may be about to set them.
-    return ::stat(destination.c_str(), &status) == 0 ? status.st_mode : 0;
 }
 
 } // namespace
@@ -181,7 +94,7 @@ std::string ITProLog::formatLine(const char* format, va_list values)
     return std::string(m_message) + '\n';
 }
 
-// With the mutex held. The file is chosen at the moment of writing.
+// With the mutex held. The file is chosen now, also when it is written later.
 void ITProLog::appendToday(const char* tag, const std::string& text, int lines)
 {
     const log_paths::Day today = log_paths::dayOf(localTime(m_clock()));
@@ -189,12 +102,7 @@ void ITProLog::appendToday(const char* tag, const std::string& text, int lines)
     for (int line = 0; line < lines; ++line) {
         std::printf("chFile:%s\n", folder.c_str());
     }
-    const mode_t folderMode = makeFolder(m_destination, folder);
-    const std::string file = log_paths::dayFile(m_destination, tag, today);
-    if (const int fault = appendBytes(file, text, folderMode); fault != 0) {
-        runLog("[func:%s]job log %s cannot be written: %s", __func__, file.c_str(),
-            std::strerror(fault));
-    }
+    m_writer.write({ m_destination, folder, log_paths::dayFile(m_destination, tag, today), text });
 }
 
 void ITProLog::Add(const char* tag, const char* format, ...)

@@ -2,6 +2,8 @@
 // folders.
 #pragma once
 
+#include "log/job_log_writer.h"
+
 #include <atomic>
 #include <chrono>
 #include <cstdarg>
@@ -56,6 +58,12 @@ public:
     /// then has no end.
     void GetComputerName(char* buffer, int size);
 
+    /// From now on Add and AddBatch return at once and a thread writes; the blocks that are left at
+    /// the end of the process have JobLogWriter::kLastWait.
+    void startWriter() { m_writer.start(); }
+    /// True as soon as all is in the files, false when that takes longer than the limit.
+    [[nodiscard]] bool flush(std::chrono::milliseconds limit) { return m_writer.flush(limit); }
+
     /// Above 0 enables writing.
     void setEnabledValue(unsigned char value);
     unsigned char enabledValue() const { return m_enabled; }
@@ -74,6 +82,7 @@ private:
     char m_message[4096] = {};
     char m_destination[4096] = {};
     Clock m_clock;
+    JobLogWriter m_writer;
 };
 
 /// The process-wide job log, made before main.

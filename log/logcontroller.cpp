@@ -16,6 +16,8 @@ namespace {
 
 /// A portion is shown at once; more follow as long as the window has waited less than this.
 constexpr qint64 kSliceMs = 15;
+/// How long the viewer waits for blocks that are on their way to the file.
+constexpr std::chrono::milliseconds kWriterLimit { 300 };
 
 } // namespace
 
@@ -76,6 +78,7 @@ void logcontroller::onDateChanged(const QDate& date)
     m_more->stop();
     m_ui->textEdit->clear();
     m_ui->progressLabel->clear();
+    static_cast<void>(IOFLog.flush(kWriterLimit)); // the job that has just ended is looked for
     m_reader = std::make_unique<LogFileReader>(path);
     if (!m_reader->isOpen()) {
         m_reader.reset();

@@ -18,7 +18,7 @@ set(rules
   "^templates/template_ => ${border}|${base}|templates/template_.*\\.h"
   "^dialogs/error_catalogue\\. => ${border}|${base}|dialogs/error_catalogue\\.h"
   "^account/account_file\\. => ${base}|account/account_file\\.h"
-  "^log/(itprojectlog|log_paths)\\. => ${base}|log/(itprojectlog|log_paths)\\.h"
+  "^log/(itprojectlog|job_log_writer|log_paths)\\. => ${base}|log/(itprojectlog|job_log_writer|log_paths)\\.h"
   # dialogs and pages
   "^dialogs/ => ${border}|${base}|${own_widgets}|sdk/device_info_json\\.h"
   "^templates/ => ${border}|${base}|${own_widgets}|templates/.*\\.h"

@@ -272,13 +272,25 @@ QVariant Journey::setting(const QString& key, const QString& device)
 
 std::string Journey::lastRecord()
 {
+    const std::string start = "作业页数: ";
+    const int jobs = application().countInOutput("[func:AddBatch] destHome = ");
     std::string log;
-    std::error_code none;
-    for (const auto& entry :
-        fs::recursive_directory_iterator(Sandbox::home() + "/.ORVA/TarvexBaseUI", none)) {
-        log += entry.is_regular_file() ? readBytes(entry.path()) : std::string();
-    }
-    const std::size_t at = log.rfind("作业页数: ");
+    // a thread of the application writes them
+    const auto read = [&] {
+        log.clear();
+        std::error_code none;
+        for (const auto& entry :
+            fs::recursive_directory_iterator(Sandbox::home() + "/.ORVA/TarvexBaseUI", none)) {
+            log += entry.is_regular_file() ? readBytes(entry.path()) : std::string();
+        }
+        int blocks = 0;
+        for (std::size_t at = 0; (at = log.find(start, at)) != std::string::npos; ++at) {
+            ++blocks;
+        }
+        return blocks >= jobs;
+    };
+    EXPECT_TRUE(waitUntil(read)) << jobs << " jobs, but in the log:\n" << log;
+    const std::size_t at = log.rfind(start);
     return at == std::string::npos ? log : log.substr(at);
 }
 

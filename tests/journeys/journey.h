@@ -106,7 +106,7 @@ protected:
     static QVariant setting(const QString& key, const QString& device = kVirtualScanner);
     /// The last block of the job log, from its page count on; the log is on when the settings say
     /// "LogLevel" 1.
-    static std::string lastRecord();
+    std::string lastRecord();
     /// Neither hidden files beside the results nor pages in the spool.
     void expectNoLeftovers() const;
     Command installed(const std::string& program, std::vector<std::string> arguments = {}) const;
