@@ -3,6 +3,8 @@
 
 #include "log/Log.h"
 
+#include <QFile>
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <pwd.h>
@@ -207,6 +209,17 @@ int com_copy_file(std::string source, std::string destination)
         return -2;
     }
     return readFailed ? -1 : 0;
+}
+
+bool flushToDisk(const QString& path)
+{
+    const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) {
+        return false;
+    }
+    const bool done = ::fsync(descriptor) == 0;
+    ::close(descriptor);
+    return done;
 }
 
 int createfolder(const char* path)

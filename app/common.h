@@ -29,6 +29,10 @@ int com_del_file(const char* path, int mode);
 /// destination cannot be opened or written.
 int com_copy_file(std::string source, std::string destination);
 
+/// Waits until the bytes of a file, or the names in a folder, are on the disk, so that a name never
+/// stands for half a file. False when that cannot be had.
+bool flushToDisk(const QString& path);
+
 /// Makes every missing folder of the path, mode 0777 whatever the umask. 0, or -1 at the first one
 /// that cannot be made, or when the path with its last slash is longer than 255 bytes.
 int createfolder(const char* path);

@@ -1,6 +1,7 @@
 #include "log/logmanagement.h"
 
 #include "app/common.h"
+#include "dialogs/folder_choice.h"
 #include "dialogs/look.h"
 #include "dialogs/statusmesbox.h"
 #include "log/Log.h"
@@ -11,7 +12,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QSignalBlocker>
 
@@ -145,14 +145,10 @@ void logmanagement::showState()
 
 void logmanagement::on_SetLogSavePathBth_clicked()
 {
-    QFileDialog dialog(this, QStringLiteral("选择保存路径"), qEnvironmentVariable("HOME"));
-    dialog.setFileMode(QFileDialog::Directory);
-    dialog.setOption(QFileDialog::ShowDirsOnly);
-    dialog.setLabelText(QFileDialog::Reject, QStringLiteral("取消"));
-    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
+    const QString folder = chosenFolder(this, qEnvironmentVariable("HOME"));
+    if (folder.isEmpty()) {
         return;
     }
-    const QString folder = dialog.selectedFiles().constFirst();
     if (!isWritable(folder)) {
         tell(*this, QStringLiteral("日志路径设置失败!"));
         return;

@@ -1,5 +1,6 @@
 #include "mainwindow/backupsetting.h"
 
+#include "app/common.h"
 #include "log/Log.h"
 
 #include <QFile>
@@ -123,18 +124,6 @@ bool canBeKept(const QString& key, const QVariant& value)
         isList(value) ? value.toStringList() : QStringList { value.toString() };
     return value.isValid() && !key.endsWith(QLatin1Char('/')) && isWholeText(key)
         && std::all_of(texts.begin(), texts.end(), isWholeText);
-}
-
-/// Waits until the file is on disk, so that its new name never stands for half of it.
-bool flushed(const QString& path)
-{
-    const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0) {
-        return false;
-    }
-    const bool done = ::fsync(descriptor) == 0;
-    ::close(descriptor);
-    return done;
 }
 
 bool renamed(const QString& from, const QString& to)
@@ -270,7 +259,7 @@ bool backupSetting::commit()
     const QString check = checkName(m_fileName);
     bool whole = renamed(stagingName(m_fileName), check);
     if (whole) {
-        whole = sameContent(*m_settings, *openIni(check)) && flushed(check)
+        whole = sameContent(*m_settings, *openIni(check)) && flushToDisk(check)
             && renamed(check, m_fileName);
         QFile::remove(check);
     }

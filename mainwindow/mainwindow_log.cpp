@@ -1,12 +1,12 @@
 // The log controls of the about page: job log on or off, its folder, the viewer.
 #include "app/common.h"
+#include "dialogs/folder_choice.h"
 #include "log/itprojectlog.h"
 #include "log/logcontroller.h"
 #include "mainwindow/main_window_ui.h"
 #include "mainwindow/mainwindow.h"
 
 #include <QDir>
-#include <QFileDialog>
 #include <QSignalBlocker>
 
 namespace {
@@ -34,14 +34,10 @@ void MainWindow::onSetLogConfig()
 void MainWindow::onGetLogSavePath()
 {
     const Busy busy(*this);
-    QFileDialog dialog(this, QStringLiteral("选择保存路径"), qEnvironmentVariable("HOME"));
-    dialog.setFileMode(QFileDialog::Directory);
-    dialog.setOption(QFileDialog::ShowDirsOnly);
-    dialog.setLabelText(QFileDialog::Reject, QStringLiteral("取消"));
-    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
+    const QString folder = chosenFolder(this, qEnvironmentVariable("HOME"));
+    if (folder.isEmpty()) {
         return;
     }
-    const QString folder = dialog.selectedFiles().constFirst();
     if (checkWritable(QFile::encodeName(folder).constData()) != 0) {
         dynamic_state_msg_box(kSettingsTitle, QStringLiteral("日志路径设置失败!"));
         return;

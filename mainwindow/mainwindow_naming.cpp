@@ -1,6 +1,7 @@
 // Output folder and file names: the controls that go into a name, the example, the serial start
 // after a job. The scanner library names the files itself, by the rule of rules/naming_rules.h.
 #include "app/common.h"
+#include "dialogs/folder_choice.h"
 #include "log/Log.h"
 #include "mainwindow/main_window_ui.h"
 #include "mainwindow/mainwindow.h"
@@ -8,7 +9,6 @@
 #include "sdk/codes.h"
 
 #include <QDateTime>
-#include <QFileDialog>
 #include <QIntValidator>
 
 namespace {
@@ -20,14 +20,10 @@ const QString kPathTitle = QStringLiteral("路径异常");
 void MainWindow::onGetFileSavePath()
 {
     const Busy busy(*this);
-    QFileDialog dialog(this, QStringLiteral("选择保存路径"), ui->filePathEdit->text());
-    dialog.setFileMode(QFileDialog::Directory);
-    dialog.setOption(QFileDialog::ShowDirsOnly);
-    dialog.setLabelText(QFileDialog::Reject, QStringLiteral("取消"));
-    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
+    const QString folder = chosenFolder(this, ui->filePathEdit->text());
+    if (folder.isEmpty()) {
         return;
     }
-    const QString folder = dialog.selectedFiles().constFirst();
     FileParam probe {};
     const rules::FileParamFault fault = rules::setFolder(folder, &probe);
     if (fault != rules::FileParamFault::kNone) {

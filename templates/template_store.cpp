@@ -13,9 +13,6 @@
 #include <QSettings>
 #include <QVariant>
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <cmath>
 #include <cstdio>
 #include <functional>
@@ -135,17 +132,6 @@ void prepareForReading(QSettings& settings)
     settings.setIniCodec("UTF-8");
 }
 
-bool flushed(const QString& path)
-{
-    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) {
-        return false;
-    }
-    const bool done = ::fsync(fd) == 0;
-    ::close(fd);
-    return done;
-}
-
 using Values = QMap<QString, QStringList>;
 
 Values valuesOf(const QSettings& settings)
@@ -222,7 +208,7 @@ bool rewrite(const QString& path, const std::function<void(QSettings&)>& edit)
     if (done && QFile::exists(path)) {
         QFile::setPermissions(checkedPath, QFile::permissions(path));
     }
-    done = done && flushed(checkedPath)
+    done = done && flushToDisk(checkedPath)
         && std::rename(
                QFile::encodeName(checkedPath).constData(), QFile::encodeName(path).constData())
             == 0;
@@ -232,7 +218,7 @@ bool rewrite(const QString& path, const std::function<void(QSettings&)>& edit)
         QFile::remove(checkedPath);
         return false;
     }
-    flushed(QFileInfo(path).path());
+    flushToDisk(QFileInfo(path).path());
     return true;
 }
 
