@@ -1,5 +1,6 @@
 #include "scanlib/writers/output_file.h"
 
+#include "scanlib/base/descriptor.h"
 #include "scanlib/base/output_store.h"
 
 #include <fcntl.h>
@@ -15,27 +16,6 @@
 namespace orva {
 
 namespace {
-
-class Descriptor
-{
-public:
-    explicit Descriptor(int value)
-        : m_value(value)
-    {
-    }
-    ~Descriptor()
-    {
-        if (m_value >= 0) {
-            ::close(m_value);
-        }
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    int get() const { return m_value; }
-
-private:
-    int m_value;
-};
 
 /// A spool file, or the first bytes of it.
 template <typename Bytes>

@@ -1,5 +1,7 @@
 #include "scanlib/device/virtual/scanner_state.h"
 
+#include "scanlib/base/descriptor.h"
+
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -17,28 +19,6 @@
 namespace orva {
 
 namespace {
-
-/// A descriptor that is closed at the end of the block; closing releases the lock.
-class Descriptor
-{
-public:
-    explicit Descriptor(int fd)
-        : m_fd(fd)
-    {
-    }
-    ~Descriptor()
-    {
-        if (m_fd >= 0) {
-            ::close(m_fd);
-        }
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    int get() const { return m_fd; }
-
-private:
-    int m_fd;
-};
 
 Status failure(const std::string& what, const std::filesystem::path& path)
 {

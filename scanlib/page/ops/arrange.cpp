@@ -1,6 +1,7 @@
 #include "scanlib/page/ops/arrange.h"
 
 #include "scanlib/page/ops/color_conversion.h"
+#include "scanlib/page/ops/page_like.h"
 
 #include <algorithm>
 #include <cstring>
@@ -40,13 +41,7 @@ void fillWhite(Page& page)
 /// Size and format are new, everything else stays.
 Page emptyLike(const Page& page, int width, int height)
 {
-    Page result;
-    result.dpiX = page.dpiX;
-    result.dpiY = page.dpiY;
-    result.sheet = page.sheet;
-    result.side = page.side;
-    result.number = page.number;
-    result.stream = page.stream;
+    Page result = withoutPixels(page);
     result.allocate(width, height, page.format);
     return result;
 }

@@ -9,6 +9,7 @@
 #include "scanlib/page/ops/resample.h"
 
 #include "scanlib/base/units.h"
+#include "scanlib/page/ops/page_like.h"
 #include "scanlib/page/ops/vectors.h"
 
 #include <algorithm>
@@ -198,13 +199,7 @@ void extractInto(const Page& page, const TiltedRect& rect, Page& result)
 
 Page extracted(const Page& page, const TiltedRect& rect)
 {
-    Page result;
-    result.dpiX = page.dpiX;
-    result.dpiY = page.dpiY;
-    result.sheet = page.sheet;
-    result.side = page.side;
-    result.number = page.number;
-    result.stream = page.stream;
+    Page result = withoutPixels(page);
     extractInto(page, rect, result);
     return result;
 }
