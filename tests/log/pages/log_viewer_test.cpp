@@ -2,7 +2,6 @@
 #include "log/log_file_reader.h"
 #include "log/logcontroller.h"
 #include "tests/support/sandbox.h"
-#include "tests/support/screenshot.h"
 
 #include <QDateEdit>
 #include <QElapsedTimer>
@@ -13,17 +12,9 @@
 #include <QTimer>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <algorithm>
-#include <string>
-
 namespace {
-
-using ::testing::HasSubstr;
-
-const QString kNothing = QStringLiteral("未找到所选日期日志！");
 
 class LogViewer : public ::testing::Test
 {
@@ -31,75 +22,77 @@ protected:
     /// Writes the file of that day where the job log puts it.
     std::string write(const QDate& date, const std::string& bytes)
     {
-        const std::string year = std::to_string(date.year());
-        const std::string month = std::to_string(date.month());
-        const std::string file = folder + "/" + year + "-" + month + "/tarvex-base-pro-" + year
-            + "_" + month + "_" + std::to_string(date.day()) + ".log";
+        const std::string file =
+            folder + date.toString("/yyyy-M/'tarvex-base-pro-'yyyy_M_d'.log'").toStdString();
         writeBytes(file, bytes);
         return file;
     }
-    static QString text(logcontroller& viewer)
+    struct Viewer
     {
-        return viewer.findChild<QPlainTextEdit*>()->toPlainText();
-    }
-    static bool isReading(logcontroller& viewer)
+        explicit Viewer(const std::string& folder)
+            : dialog(QString::fromStdString(folder))
+        {
+            dialog.show();
+        }
+        QString text() { return dialog.findChild<QPlainTextEdit*>()->toPlainText(); }
+        bool isReading() { return !dialog.findChild<QLabel*>("progressLabel")->text().isEmpty(); }
+        void press(const char* name) { dialog.findChild<QPushButton*>(name)->click(); }
+
+        logcontroller dialog;
+        QDateEdit& date { *dialog.findChild<QDateEdit*>("dateEdit") };
+    };
+    static QString readAll(const std::string& file)
     {
-        return !viewer.findChild<QLabel*>(QStringLiteral("progressLabel"))->text().isEmpty();
+        LogFileReader reader(QString::fromStdString(file));
+        QString text;
+        while (!reader.atEnd()) {
+            text += reader.next();
+        }
+        return text;
     }
 
     Sandbox sandbox;
     std::string folder = Sandbox::path("日志 folder");
     const QDate today = QDate::currentDate();
+    const QDate oldDay { 2024, 3, 7 };
+    const QString kNothing = "未找到所选日期日志！";
 };
 
-TEST_F(LogViewer, opens_on_today_and_shows_the_chosen_day)
+} // namespace
+
+TEST_F(LogViewer, OpensOnTodayAndShowsTheChosenDay)
 {
     const std::string file = write(today, "开始时间: 10:00:00:001\n生成的文件：\n/a/b.pdf\n");
-    write(QDate(2024, 3, 7), "an old job\n");
-    logcontroller viewer(QString::fromStdString(folder));
-    viewer.show();
-    QCoreApplication::processEvents();
-    saveScreenshot(viewer, QStringLiteral("log_viewer"));
-    EXPECT_EQ(QStringLiteral("日志管理模块"), viewer.windowTitle());
-    EXPECT_TRUE(text(viewer).startsWith(QStringLiteral("开始时间: 10:00:00:001\n")));
-    EXPECT_TRUE(viewer.findChild<QPlainTextEdit*>()->isReadOnly());
-    EXPECT_THAT(Sandbox::runLog(), HasSubstr("destLogPath = " + file));
-
-    auto* date = viewer.findChild<QDateEdit*>(QStringLiteral("dateEdit"));
-    date->setDate(QDate(2024, 3, 7));
-    EXPECT_EQ(QStringLiteral("an old job\n"), text(viewer));
-    EXPECT_THAT(
-        Sandbox::runLog(), HasSubstr("[func:onDateChanged]year = 2024, month = 3, day = 7"));
-    date->setDate(QDate(2023, 1, 1)); // no such month
-    EXPECT_EQ(kNothing, text(viewer));
-
-    auto* back = viewer.findChild<QPushButton*>(QStringLiteral("todayBtn"));
-    back->click();
-    EXPECT_EQ(today, date->date());
-    EXPECT_TRUE(text(viewer).startsWith(QStringLiteral("开始时间")));
+    write(oldDay, "an old job\n");
+    Viewer viewer(folder);
+    EXPECT_TRUE(viewer.text().startsWith("开始时间: 10:00:00:001\n"));
+    EXPECT_TRUE(viewer.dialog.findChild<QPlainTextEdit*>()->isReadOnly());
+    EXPECT_THAT(Sandbox::runLog(), ::testing::HasSubstr("destLogPath = " + file));
+    viewer.date.setDate(oldDay);
+    EXPECT_EQ(viewer.text(), "an old job\n");
+    viewer.date.setDate(QDate(2023, 1, 1)); // no such month
+    EXPECT_EQ(viewer.text(), kNothing);
+    viewer.press("todayBtn");
+    EXPECT_EQ(viewer.date.date(), today);
+    EXPECT_TRUE(viewer.text().startsWith("开始时间"));
     write(today, "one more job\n");
-    back->click();
-    EXPECT_EQ(QStringLiteral("one more job\n"), text(viewer));
-    viewer.findChild<QPushButton*>(QStringLiteral("exitBtn"))->click();
-    EXPECT_FALSE(viewer.isVisible());
+    viewer.press("todayBtn");
+    EXPECT_EQ(viewer.text(), "one more job\n");
 }
 
-TEST_F(LogViewer, an_empty_file_is_empty_and_what_is_no_file_is_not_found)
+TEST_F(LogViewer, AnEmptyFileIsEmptyAndWhatIsNoFileIsNotFound)
 {
     const std::string file = write(today, "");
-    logcontroller empty(QString::fromStdString(folder));
-    EXPECT_EQ(QString(), text(empty));
+    EXPECT_EQ(Viewer(folder).text(), "");
     std::remove(file.c_str());
     ASSERT_EQ(0, ::mkfifo(file.c_str(), 0666)); // would wait for a writer for ever
-    logcontroller pipe(QString::fromStdString(folder));
-    EXPECT_EQ(kNothing, text(pipe));
+    EXPECT_EQ(Viewer(folder).text(), kNothing);
     std::remove(file.c_str());
     ASSERT_EQ(0, ::mkdir(file.c_str(), 0777));
-    logcontroller directory(QString::fromStdString(folder));
-    EXPECT_EQ(kNothing, text(directory));
+    EXPECT_EQ(Viewer(folder).text(), kNothing);
 }
 
-TEST_F(LogViewer, fifty_megabytes_are_on_the_screen_at_once_and_the_window_answers)
+TEST_F(LogViewer, FiftyMegabytesAreOnTheScreenAtOnceAndTheWindowAnswers)
 {
     std::string bytes;
     while (bytes.size() < 50 * 1024 * 1024) {
@@ -108,9 +101,8 @@ TEST_F(LogViewer, fifty_megabytes_are_on_the_screen_at_once_and_the_window_answe
     write(today, bytes);
     QElapsedTimer timer;
     timer.start();
-    logcontroller viewer(QString::fromStdString(folder));
-    viewer.show();
-    EXPECT_TRUE(text(viewer).startsWith(QStringLiteral("/data/扫描文件/2024/合同-0.pdf\n")));
+    Viewer viewer(folder);
+    EXPECT_TRUE(viewer.text().startsWith("/data/扫描文件/2024/合同-0.pdf\n"));
     EXPECT_LT(timer.elapsed(), 1000);
     // a clock that ticks as long as the event loop runs
     qint64 longest = 0;
@@ -120,26 +112,29 @@ TEST_F(LogViewer, fifty_megabytes_are_on_the_screen_at_once_and_the_window_answe
     QObject::connect(
         &tick, &QTimer::timeout, [&] { longest = std::max(longest, sinceTick.restart()); });
     tick.start(5);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !isReading(viewer); }, 60000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !viewer.isReading(); }, 60000));
     RecordProperty("all_ms", std::to_string(timer.elapsed()));
     RecordProperty("longest_gap_ms", std::to_string(longest));
     EXPECT_LT(longest, 500);
-    EXPECT_EQ(QString::fromStdString(bytes), text(viewer));
+    EXPECT_EQ(viewer.text(), QString::fromStdString(bytes));
 }
 
-TEST_F(LogViewer, another_day_ends_the_reading_of_a_long_one)
+TEST_F(LogViewer, AnotherDayEndsTheReadingOfALongOne)
 {
     write(today, std::string(20 * 1024 * 1024, '\n'));
-    write(QDate(2024, 3, 7), "short\n");
-    logcontroller viewer(QString::fromStdString(folder));
-    EXPECT_TRUE(isReading(viewer));
-    viewer.findChild<QDateEdit*>(QStringLiteral("dateEdit"))->setDate(QDate(2024, 3, 7));
+    write(oldDay, "short\n");
+    Viewer viewer(folder);
+    EXPECT_TRUE(viewer.isReading());
+    viewer.date.setDate(oldDay);
     QTest::qWait(50);
-    EXPECT_FALSE(isReading(viewer));
-    EXPECT_EQ(QStringLiteral("short\n"), text(viewer));
+    EXPECT_FALSE(viewer.isReading());
+    EXPECT_EQ(viewer.text(), "short\n");
+    viewer.date.setDate(today);
+    viewer.date.setDate(QDate(2023, 1, 1));
+    EXPECT_FALSE(viewer.isReading()) << "nothing is left to read";
 }
 
-TEST_F(LogViewer, bytes_that_are_no_text_do_no_harm)
+TEST_F(LogViewer, BytesThatAreNoTextDoNoHarm)
 {
     std::string bytes(3 * 1024 * 1024, '\0');
     unsigned value = 1;
@@ -149,68 +144,48 @@ TEST_F(LogViewer, bytes_that_are_no_text_do_no_harm)
         byte = byte == '\n' ? 'n' : byte; // one line
     }
     write(today, bytes);
-    logcontroller viewer(QString::fromStdString(folder));
-    viewer.show();
-    QElapsedTimer timer;
-    timer.start();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !isReading(viewer); }, 30000));
-    viewer.grab();
-    EXPECT_LT(timer.elapsed(), 20000);
-    EXPECT_GT(text(viewer).size(), 1024 * 1024);
-    EXPECT_FALSE(text(viewer).contains(QChar(0)));
+    Viewer viewer(folder);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !viewer.isReading(); }, 20000));
+    viewer.dialog.grab();
+    EXPECT_GT(viewer.text().size(), 1024 * 1024);
+    EXPECT_FALSE(viewer.text().contains(QChar(0)));
 }
 
-QString readAll(LogFileReader& reader)
-{
-    QString text;
-    while (!reader.atEnd()) {
-        text += reader.next();
-    }
-    return text;
-}
-
-TEST_F(LogViewer, characters_survive_the_borders_of_portions)
+TEST_F(LogViewer, CharactersSurviveTheBordersOfPortionsAndBrokenOnesAreMarked)
 {
     for (int shift = 0; shift < 4; ++shift) {
         std::string bytes(static_cast<std::size_t>(shift), 'x');
-        QString expected(shift, QLatin1Char('x'));
+        QString expected(shift, 'x');
         while (bytes.size() < 2 * LogFileReader::kPortionBytes + 10) {
             bytes += "合同😀\r\n";
-            expected += QStringLiteral("合同😀\n");
+            expected += "合同😀\n";
         }
-        LogFileReader reader(QString::fromStdString(write(today, bytes)));
-        EXPECT_EQ(expected, readAll(reader)) << shift;
+        EXPECT_EQ(expected, readAll(write(today, bytes))) << shift;
     }
-}
-
-TEST_F(LogViewer, broken_text_is_marked_and_long_lines_are_cut)
-{
-    LogFileReader broken(QString::fromStdString(write(today,
-        "a\xff"
-        "b\x01"
-        "c\td\xe5\x90")));
-    EXPECT_EQ(QStringLiteral("a\ufffdb\ufffdc\td\ufffd"), readAll(broken));
-    LogFileReader longLine(QString::fromStdString(write(today, std::string(10000, 'x'))));
-    const QStringList lines = readAll(longLine).split(QLatin1Char('\n'));
-    ASSERT_EQ(3, lines.size());
+    EXPECT_EQ("a\ufffdb\ufffdc\td\ufffd",
+        readAll(write(today,
+            "a\xff"
+            "b\x01"
+            "c\td\xe5\x90")));
+    const QStringList lines = readAll(write(today, std::string(10000, 'x'))).split('\n');
+    ASSERT_EQ(3, lines.size()) << "long lines are cut";
     EXPECT_EQ(LogFileReader::kMaxLine, lines.at(0).size());
     EXPECT_EQ(10000, lines.join(QString()).size());
 }
 
-TEST_F(LogViewer, of_a_giant_file_the_newest_part_is_read_from_a_whole_line)
+TEST_F(LogViewer, OfAGiantFileTheNewestPartIsReadFromAWholeLine)
 {
     const std::string file = write(today, "first line\n");
     ASSERT_EQ(0, ::truncate(file.c_str(), LogFileReader::kMaxBytes + 100)); // zeros, no disk space
     const std::string end = "\nlast line\n";
     std::string tail = readBytes(file);
     tail.replace(200, 1, "\n");
-    tail += end;
-    writeBytes(file, tail);
-    LogFileReader reader(QString::fromStdString(file));
-    EXPECT_EQ(static_cast<qint64>(100 + end.size()), reader.skippedBytes());
-    const QString text = readAll(reader);
-    EXPECT_FALSE(text.contains(QStringLiteral("first line")));
-    EXPECT_TRUE(text.endsWith(QStringLiteral("\nlast line\n")));
+    writeBytes(file, tail + end);
+    EXPECT_EQ(static_cast<qint64>(100 + end.size()),
+        LogFileReader(QString::fromStdString(file)).skippedBytes());
+    const QString text = readAll(file);
+    EXPECT_FALSE(text.contains("first line"));
+    EXPECT_TRUE(text.endsWith("\nlast line\n"));
+    // from byte 201 on, without its two line ends
+    EXPECT_EQ(text.size() - text.count('\n'), LogFileReader::kMaxBytes + 111 - 201 - 2);
 }
-
-} // namespace
