@@ -24,7 +24,7 @@ display_packages=(imagemagick openbox x11-utils xauth xdotool xvfb)
 # What the tests need beyond that.
 test_packages=(
   "${display_packages[@]}" "${model_packages[@]}" catdoc git libgmock-dev libgtest-dev libimage-exiftool-perl
-  libsane1 libx11-dev libsane-common libtiff-tools libxml2-utils poppler-utils procps qpdf sane-utils unzip)
+  libsane1 libx11-dev libsane-common libtiff-tools locales libxml2-utils poppler-utils procps qpdf sane-utils unzip)
 fuzz_packages=(clang-14 libclang-rt-14-dev)
 lint_packages=(git clang-format-14 clang-tidy-14 libxml2-utils shellcheck)
 bench_packages=(

@@ -19,7 +19,7 @@ constexpr std::chrono::milliseconds kErrorDelay { 1500 };
 /// Pixel buffers that wait to be used again, beyond those in the queue.
 constexpr std::size_t kSpareBuffers = 4;
 /// After a cancellation: how much longer pages are read. Those that are not are kept as pictures.
-constexpr std::chrono::milliseconds kReadingAfterCancel { 700 };
+constexpr std::chrono::milliseconds kReadingAfterCancel { 400 };
 
 unsigned workerCount(const PipelineLimits& limits)
 {

@@ -8,9 +8,11 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <clocale>
 #include <cmath>
 #include <cstring>
 #include <iterator>
+#include <locale>
 #include <set>
 #include <sstream>
 #include <thread>
@@ -183,6 +185,34 @@ TEST(Recognition, readsTwoPagesAtOnceEachOnOneThreadAlike)
     PageText again;
     ASSERT_TRUE(recognition->read(chinese, {}, again).ok());
     EXPECT_EQ(serialised(again), serialised(first)) << "a page depends on what was read before it";
+}
+
+/// A host may run under any locale, and change it. Tesseract reads numbers of its models, the
+/// writers print them.
+TEST(Recognition, doesTheSameUnderALocaleWithCommas)
+{
+    const TemporaryFolder folder;
+    outputOf("localedef -i de_DE -f UTF-8 " + quoted(folder.file("de_DE.UTF-8")));
+    const Page page = sheet("04-letter.jpg", "-crop 100%x25%+0+200 +repage");
+    const auto all = [&] {
+        const auto recognition = recognisers();
+        PageText text;
+        EXPECT_TRUE(recognition->read(page, {}, text).ok());
+        const TemporaryFolder files;
+        return serialised(text)
+            + outputOf("pdftotext -bbox " + quoted(fileWith(files, FileFormat::kPdfText)) + " -")
+            + outputOf("unzip -p " + quoted(fileWith(files, FileFormat::kOfdText))
+                + " Doc_0/Pages/Page_0/Content.xml Doc_0/Document.xml");
+    };
+    const std::string before = all();
+    ::setenv("LOCPATH", folder.file("").c_str(), 1);
+    const std::locale old = std::locale::global(std::locale("de_DE.UTF-8")); // of C as well
+    EXPECT_EQ(std::localeconv()->decimal_point[0], ',');
+    const std::string under = all();
+    std::locale::global(old);
+    ::unsetenv("LOCPATH");
+    EXPECT_GT(before.size(), 3000U);
+    EXPECT_EQ(under, before);
 }
 
 TEST(Recognition, tellsWhichPackageIsMissingAndEndsWhenItIsTo)

@@ -37,6 +37,45 @@ TEST(LibraryConfig, takesWhatItKnowsAndLeavesTheRest)
     EXPECT_EQ(outside.listingLimit, 4000ms);
 }
 
+TEST(LibraryConfig, namesModelsAndTheirFolderAndNothingThatIsNoSuchThing)
+{
+    const TemporaryFolder folder;
+    const std::filesystem::path file = folder.path() / "orva-sdk.conf";
+    struct Row
+    {
+        std::string line;
+        std::string languages;
+        std::string models;
+    };
+    const std::string binary("ocr_languages = eng\0\xFF\n\0\0=\xFE\n", 27);
+    const Row rows[] = {
+        { "", "chi_sim+eng", "" },
+        { "ocr_languages=eng\nocr_models = /models\n", "eng", "/models" },
+        { "ocr_languages = chi_tra+jpn+eng", "chi_tra+jpn+eng", "" },
+        { "ocr_models = /a b/模型 \r\nocr_models =\n", "chi_sim+eng", "" },
+        { "ocr_models = models", "chi_sim+eng", "" },
+        { "OCR_Languages = eng\nocr_language = eng\nocr_languages", "chi_sim+eng", "" },
+        { "ocr_languages =\nocr_languages = +eng\nocr_languages = eng+", "chi_sim+eng", "" },
+        { "ocr_languages = ../eng\nocr_languages = eng;id\nocr_languages = 中", "chi_sim+eng", "" },
+        { binary, "chi_sim+eng", "" },
+        { std::string(1U << 20U, 'x') + "\nocr_languages = eng", "eng", "" },
+    };
+    LibraryConfig otherwise;
+    otherwise.recognition.library = "/lib/libOrva_OCR.so";
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.line.substr(0, 60));
+        std::ofstream(file) << row.line;
+        const RecognitionSettings read = readLibraryConfig(file, otherwise).recognition;
+        EXPECT_EQ(read.languages, row.languages);
+        EXPECT_EQ(read.models, row.models);
+        EXPECT_EQ(read.library, otherwise.recognition.library);
+    }
+    // neither a folder nor nothing in its place is a fault
+    for (const std::filesystem::path& none : { folder.path(), folder.path() / "none" }) {
+        EXPECT_EQ(readLibraryConfig(none, otherwise).recognition.languages, "chi_sim+eng");
+    }
+}
+
 TEST_F(SessionTest, theSettingsFileTellsHowManyWorkersAJobHas)
 {
     std::mutex mutex;
