@@ -11,6 +11,7 @@
 #include <QFileInfo>
 #include <QMap>
 #include <QSettings>
+#include <QTemporaryDir>
 #include <QVariant>
 
 #include <cmath>
@@ -147,6 +148,19 @@ Values valuesOf(const QSettings& settings)
     return values;
 }
 
+/// Looked at under a name that QSettings has not seen: of one that it has it tells no damage twice.
+bool isDamaged(const QString& path)
+{
+    const QTemporaryDir folder;
+    const QString copy = folder.filePath(QStringLiteral("copy.conf"));
+    if (!QFile::copy(path, copy)) {
+        return false;
+    }
+    QSettings trial(copy, QSettings::IniFormat);
+    prepareForReading(trial);
+    return trial.status() == QSettings::FormatError;
+}
+
 /// Of a file that was not parsed whole a copy stays, with ".damaged" at its end.
 bool keepDamaged(const QString& path)
 {
@@ -165,8 +179,7 @@ bool writeBeside(const QString& path, const QString& newPath,
     if (QFile::exists(path)) {
         QSettings old(path, QSettings::IniFormat);
         prepareForReading(old);
-        if (old.status() == QSettings::AccessError
-            || (old.status() == QSettings::FormatError && !keepDamaged(path))) {
+        if (old.status() == QSettings::AccessError || (isDamaged(path) && !keepDamaged(path))) {
             return false;
         }
         const QStringList keys = old.allKeys();

@@ -11,84 +11,56 @@
 #include <QTest>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-namespace {
 
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-QLineEdit& field(QDialog& dialog, const char* name)
+TEST(Login, OnlyTheRightPasswordClosesItAndReportsOnceAndNoneIsToldAnywhere)
 {
-    return *dialog.findChild<QLineEdit*>(QLatin1String(name));
-}
-
-void press(QDialog& dialog, const char* name)
-{
-    dialog.findChild<QPushButton*>(QLatin1String(name))->click();
-}
-
-class AccountDialogs : public ::testing::Test
-{
-protected:
-    std::string stored() const { return readBytes(install_paths::kAccountFile); }
-    Sandbox sandbox;
-    const QString ok = QStringLiteral("确 定");
-};
-
-TEST_F(AccountDialogs, a_wrong_password_keeps_the_login_open_and_is_told_nowhere)
-{
+    const Sandbox sandbox;
     login dialog;
     dialog.show();
-    EXPECT_EQ(QLineEdit::Password, field(dialog, "lineEdit_pwd").echoMode());
-    QSignalSpy success(&dialog, &login::SignalsLoginStatus);
-    field(dialog, "lineEdit_pwd").setText(QStringLiteral("Zq81-guess"));
+    auto* field = dialog.findChild<QLineEdit*>("lineEdit_pwd");
+    EXPECT_EQ(QLineEdit::Password, field->echoMode());
+    const QSignalSpy success(&dialog, &login::SignalsLoginStatus);
     testing::internal::CaptureStdout();
-    const AnswerModal answer(ok);
-    press(dialog, "ptn_ok");
-    const std::string printed = testing::internal::GetCapturedStdout();
-    EXPECT_EQ(QStringLiteral("错误"), answer.title());
-    EXPECT_EQ(QStringLiteral("输入密码错误!"), answer.text());
-    EXPECT_TRUE(dialog.isVisible());
-    EXPECT_EQ(0, success.count());
-    EXPECT_THAT(printed, HasSubstr("User input passwd is Error"));
-    EXPECT_THAT(printed + Sandbox::runLog(), Not(HasSubstr("Zq81-guess")));
-}
-
-TEST_F(AccountDialogs, the_right_password_closes_the_login_and_reports_once)
-{
-    login dialog;
-    dialog.show();
-    QSignalSpy success(&dialog, &login::SignalsLoginStatus);
-    QTest::keyClicks(&field(dialog, "lineEdit_pwd"), QStringLiteral("572918"));
-    testing::internal::CaptureStdout();
-    QTest::keyClick(&field(dialog, "lineEdit_pwd"), Qt::Key_Return);
+    field->setText("Zq81-guess");
+    {
+        const AnswerModal answer("确 定");
+        dialog.findChild<QPushButton*>("ptn_ok")->click();
+        EXPECT_EQ(answer.title() + '|' + answer.text(), "错误|输入密码错误!");
+    }
+    EXPECT_TRUE(dialog.isVisible() && success.isEmpty());
+    QTest::keyClicks(field, "572918"); // the wrong one is selected
+    QTest::keyClick(field, Qt::Key_Return);
     EXPECT_EQ(1, success.count());
     EXPECT_FALSE(dialog.isVisible());
-    EXPECT_THAT(
-        testing::internal::GetCapturedStdout() + Sandbox::runLog(), Not(HasSubstr("572918")));
+    const std::string told = testing::internal::GetCapturedStdout() + Sandbox::runLog();
+    EXPECT_THAT(told, HasSubstr("User input passwd is Error"));
+    EXPECT_THAT(told, Not(HasSubstr("Zq81-guess")));
+    EXPECT_THAT(told, Not(HasSubstr("572918")));
 }
 
-TEST_F(AccountDialogs, changing_the_password_tells_what_is_wrong)
+TEST(ChangePassword, TellsWhatIsWrong)
 {
+    const Sandbox sandbox;
+    const auto stored = [] { return readBytes(install_paths::kAccountFile); };
     writeBytes(install_paths::kAccountFile, "5ebe2294ecd0e0f08eab7690d2a6ee69"); // secret
     changepwd dialog;
     dialog.show();
     const auto attempt = [&](const char* before, const char* now, const char* again) {
-        field(dialog, "lineEdit_old").setText(QLatin1String(before));
-        field(dialog, "lineEdit_new").setText(QLatin1String(now));
-        field(dialog, "lineEdit_confirm").setText(QLatin1String(again));
-        const AnswerModal answer(ok);
-        press(dialog, "btn_ok");
-        return answer.title() + QLatin1Char('|') + answer.text();
+        dialog.findChild<QLineEdit*>("lineEdit_old")->setText(before);
+        dialog.findChild<QLineEdit*>("lineEdit_new")->setText(now);
+        dialog.findChild<QLineEdit*>("lineEdit_confirm")->setText(again);
+        const AnswerModal answer("确 定");
+        dialog.findChild<QPushButton*>("btn_ok")->click();
+        return answer.title() + '|' + answer.text();
     };
-    EXPECT_EQ(QStringLiteral("错误|原密码输入错误!"), attempt("Secret", "n", "n"));
-    EXPECT_EQ(QStringLiteral("错误|新密码与确认密码\n不相同!"), attempt("secret", "n", "N"));
+    EXPECT_EQ(attempt("Secret", "n", "n"), "错误|原密码输入错误!");
+    EXPECT_EQ(attempt("secret", "n", "N"), "错误|新密码与确认密码\n不相同!");
     EXPECT_EQ("5ebe2294ecd0e0f08eab7690d2a6ee69", stored());
     EXPECT_TRUE(dialog.isVisible());
-    EXPECT_EQ(QStringLiteral("正确|新密码设置成功!"), attempt("secret", "n", "n"));
+    EXPECT_EQ(attempt("secret", "n", "n"), "正确|新密码设置成功!");
     EXPECT_EQ("7b8b965ad4bca0e41ab51de7b31363a1", stored()); // printf n | md5sum
-    EXPECT_TRUE(field(dialog, "lineEdit_new").text().isEmpty());
+    EXPECT_EQ(dialog.findChild<QLineEdit*>("lineEdit_new")->text(), "");
 }
-
-} // namespace

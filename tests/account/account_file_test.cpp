@@ -19,8 +19,8 @@ namespace {
 // printf 'text' | md5sum
 const std::string kDefaultDigest = "671c486fced6ce0f02bef4a6dc0ed6ca";
 const std::string kSecretDigest = "5ebe2294ecd0e0f08eab7690d2a6ee69"; // secret
-const QString kSecret = QStringLiteral("secret");
-const QString kFactory = QStringLiteral("572918");
+const QString kSecret = "secret";
+const QString kFactory = "572918";
 
 class AccountFileTest : public ::testing::Test
 {
@@ -30,16 +30,16 @@ protected:
     {
         return AccountFile(path()).change(before, now, again);
     }
-    QString path() const { return folder.filePath(QStringLiteral("user.conf")); }
+    QString path() const { return folder.filePath("user.conf"); }
     std::string bytes() const { return readBytes(path().toStdString()); }
     void write(const std::string& text) { writeBytes(path().toStdString(), text); }
 
     QTemporaryDir folder;
 };
 
-TEST_F(AccountFileTest, the_default_password_counts_until_one_is_stored)
+TEST_F(AccountFileTest, TheDefaultPasswordCountsUntilOneIsStored)
 {
-    EXPECT_FALSE(verify(QStringLiteral("wrong")));
+    EXPECT_FALSE(verify("wrong"));
     EXPECT_EQ(kDefaultDigest, bytes()); // stored all the same
     EXPECT_TRUE(verify(kFactory));
     EXPECT_FALSE(verify(QString()));
@@ -55,7 +55,7 @@ TEST_F(AccountFileTest, the_default_password_counts_until_one_is_stored)
     EXPECT_TRUE(verify(kFactory));
 }
 
-TEST_F(AccountFileTest, lines_are_joined_and_the_rest_counts_byte_for_byte)
+TEST_F(AccountFileTest, LinesAreJoinedAndTheRestCountsByteForByte)
 {
     for (const std::string& good : { kSecretDigest, kSecretDigest + "\n",
              kSecretDigest.substr(0, 10) + "\n" + kSecretDigest.substr(10),
@@ -75,7 +75,7 @@ TEST_F(AccountFileTest, lines_are_joined_and_the_rest_counts_byte_for_byte)
     }
 }
 
-TEST_F(AccountFileTest, a_changed_password_is_in_force_and_may_be_empty)
+TEST_F(AccountFileTest, AChangedPasswordIsInForceAndMayBeEmpty)
 {
     EXPECT_EQ(AccountFile::Change::kWrongOldPassword, change(kFactory, kSecret, kSecret))
         << "nothing is stored yet";
@@ -87,7 +87,7 @@ TEST_F(AccountFileTest, a_changed_password_is_in_force_and_may_be_empty)
     EXPECT_TRUE(verify(QString()));
 }
 
-TEST_F(AccountFileTest, a_file_that_cannot_be_opened_is_not_replaced)
+TEST_F(AccountFileTest, AFileThatCannotBeOpenedIsNotReplaced)
 {
     ASSERT_EQ(0, ::mkdir(path().toStdString().c_str(), 0777));
     testing::internal::CaptureStdout();
@@ -98,11 +98,11 @@ TEST_F(AccountFileTest, a_file_that_cannot_be_opened_is_not_replaced)
     EXPECT_THAT(printed, ::testing::HasSubstr("Can't open the file!"));
     EXPECT_THAT(printed, ::testing::Not(::testing::HasSubstr("572918")));
     ::rmdir(path().toStdString().c_str());
-    ASSERT_EQ(0, ::mkfifo(path().toStdString().c_str(), 0666));
+    ASSERT_EQ(0, ::mkfifo(path().toStdString().c_str(), 0666)); // would never deliver an end
     EXPECT_FALSE(verify(kSecret));
 }
 
-TEST_F(AccountFileTest, a_full_disk_keeps_the_old_password)
+TEST_F(AccountFileTest, AFullDiskKeepsTheOldPassword)
 {
     write(kDefaultDigest);
     struct rlimit limit = {};
@@ -116,11 +116,11 @@ TEST_F(AccountFileTest, a_full_disk_keeps_the_old_password)
     EXPECT_EQ(AccountFile::Change::kNotWritten, result);
     EXPECT_EQ(kDefaultDigest, bytes());
     EXPECT_TRUE(verify(kFactory));
-    EXPECT_EQ(QStringList { QStringLiteral("user.conf") },
-        QDir(folder.path()).entryList(QDir::Files | QDir::Hidden));
+    EXPECT_EQ(
+        QStringList { "user.conf" }, QDir(folder.path()).entryList(QDir::Files | QDir::Hidden));
 }
 
-TEST_F(AccountFileTest, a_killed_change_leaves_the_old_or_the_new_password)
+TEST_F(AccountFileTest, AKilledChangeLeavesTheOldOrTheNewPassword)
 {
     write(kDefaultDigest);
     for (int round = 0; round < 10; ++round) {
@@ -157,7 +157,7 @@ private:
     bool m_changed = false;
 };
 
-TEST_F(AccountFileTest, rights_of_file_and_folder_decide_about_changing_not_about_the_password)
+TEST_F(AccountFileTest, RightsOfFileAndFolderDecideAboutChangingNotAboutThePassword)
 {
     const std::string name = path().toStdString();
     write(kSecretDigest);
