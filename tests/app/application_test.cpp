@@ -35,7 +35,7 @@ constexpr char kProgram[] = TARVEX_BUILD_DIR "/app/TarvexBaseUI";
 
 } // namespace
 
-TEST(Application, goesOnWhenNobodyReadsWhatItPrints)
+TEST(Application, GoesOnWhenNobodyReadsWhatItPrints)
 {
     const Sandbox sandbox;
     FakeSdk(FakeSdk::Variant::kComplete).install();

@@ -24,7 +24,7 @@ bool runEventLoopUntil(const bool& done)
 
 } // namespace
 
-TEST(SearchAlarm, searchesFromTheEventLoopNotFromTheHandler)
+TEST(SearchAlarm, SearchesFromTheEventLoopNotFromTheHandler)
 {
     int argc = 1;
     char name[] = "test";

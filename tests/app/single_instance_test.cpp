@@ -26,11 +26,6 @@ std::string pidFile()
     return std::string(install_paths::kConfigFolder) + "TarvexBaseUI.pid";
 }
 
-void nameTheLock()
-{
-    std::snprintf(chHomePath, sizeof chHomePath, "%s", pidFile().c_str());
-}
-
 std::string idBytes(pid_t process)
 {
     return std::to_string(process) + std::string(1, '\0');
@@ -38,9 +33,7 @@ std::string idBytes(pid_t process)
 
 int modeOf(const std::string& path)
 {
-    struct stat status
-    {
-    };
+    struct stat status = {};
     return ::stat(path.c_str(), &status) == 0 ? static_cast<int>(status.st_mode & 07777U) : -1;
 }
 
@@ -86,12 +79,17 @@ private:
     bool m_tookLock = false;
 };
 
+class SingleInstance : public ::testing::Test
+{
+protected:
+    SingleInstance() { std::snprintf(chHomePath, sizeof chHomePath, "%s", pidFile().c_str()); }
+    Sandbox sandbox;
+};
+
 } // namespace
 
-TEST(SingleInstance, onlyOneProcessHoldsTheLockAndItsIdStaysInTheFile)
+TEST_F(SingleInstance, OnlyOneProcessHoldsTheLockAndItsIdStaysInTheFile)
 {
-    const Sandbox sandbox;
-    nameTheLock();
     writeBytes(pidFile(), std::string(200, '7')); // of an earlier run
     OtherCopy first;
     ASSERT_TRUE(first.tookLock());
@@ -108,10 +106,8 @@ TEST(SingleInstance, onlyOneProcessHoldsTheLockAndItsIdStaysInTheFile)
     EXPECT_EQ(readBytes(pidFile()), idBytes(second.process()));
 }
 
-TEST(SingleInstance, aLinkInThePidFilesPlaceIsNotFollowed)
+TEST_F(SingleInstance, ALinkInThePidFilesPlaceIsNotFollowed)
 {
-    const Sandbox sandbox;
-    nameTheLock();
     const std::string other = Sandbox::path("somebody's file");
     writeBytes(other, "keep me");
     ASSERT_EQ(::chmod(other.c_str(), 0600), 0);
@@ -125,10 +121,8 @@ TEST(SingleInstance, aLinkInThePidFilesPlaceIsNotFollowed)
 }
 
 // The file belongs to the user who was first on this machine.
-TEST(SingleInstance, anotherUserTakesTheLockAllTheSame)
+TEST_F(SingleInstance, AnotherUserTakesTheLockAllTheSame)
 {
-    const Sandbox sandbox;
-    nameTheLock();
     const std::string uninstall = std::string(install_paths::kDataRoot) + ".config/tarvex-base.pid";
     for (const std::string& file : { pidFile(), uninstall, Sandbox::runLogFile() }) {
         writeBytes(file, "");
@@ -153,10 +147,8 @@ TEST(SingleInstance, anotherUserTakesTheLockAllTheSame)
         HasSubstr("[func:process_control_uninstall]pidfile:" + uninstall + " chmod fail!\n"));
 }
 
-TEST(RunLogWipe, isLeftOutWhileAnotherCopyHoldsTheLock)
+TEST_F(SingleInstance, TheWipingIsLeftOutWhileAnotherCopyHoldsTheLock)
 {
-    const Sandbox sandbox;
-    nameTheLock();
     writeBytes(Sandbox::runLogFile(), "lines of the first copy\n");
     OtherCopy first;
     ASSERT_TRUE(first.tookLock());
