@@ -1,56 +1,14 @@
 #include "scanlib/base/page_text.h"
 
+#include "scanlib/base/text.h"
+
 #include <array>
 #include <cstddef>
-#include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 
 namespace orva {
 
 namespace {
-
-/// 0 at the end and for what is no UTF-8.
-std::uint32_t codePointAt(const std::string& text, std::size_t at)
-{
-    const auto byte = [&](std::size_t i) -> std::uint32_t {
-        return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
-    };
-    const std::uint32_t first = byte(at);
-    if (first < 0x80) {
-        return first;
-    }
-    const int more = first >= 0xF0 ? 3 : first >= 0xE0 ? 2 : first >= 0xC0 ? 1 : 0;
-    std::uint32_t code = first & (0x3FU >> static_cast<unsigned>(more));
-    for (int i = 1; i <= more; ++i) {
-        code = (code << 6U) | (byte(at + static_cast<std::size_t>(i)) & 0x3FU);
-    }
-    return more == 0 ? 0 : code;
-}
-
-std::uint32_t lastCodePoint(const std::string& text)
-{
-    std::size_t at = text.size();
-    while (at > 0 && (static_cast<unsigned char>(text[at - 1]) & 0xC0U) == 0x80U) {
-        --at;
-    }
-    return at > 0 ? codePointAt(text, at - 1) : 0;
-}
-
-/// Han characters with their punctuation and full-width forms, Kana, Hangul excluded (it has
-/// blanks).
-bool isCjk(std::uint32_t code)
-{
-    constexpr std::array<std::array<std::uint32_t, 2>, 6> kRanges { { { 0x2E80, 0x30FF },
-        { 0x31C0, 0x4DBF }, { 0x4E00, 0x9FFF }, { 0xF900, 0xFAFF }, { 0xFE30, 0xFFEF },
-        { 0x20000, 0x3FFFF } } };
-    for (const auto& range : kRanges) {
-        if (code >= range[0] && code <= range[1]) {
-            return true;
-        }
-    }
-    return false;
-}
 
 void addRecord(std::string& out, char kind, const TextBox& box)
 {
@@ -134,9 +92,24 @@ bool addTo(PageText& text, const std::string& line)
 
 } // namespace
 
+bool isCjk(char32_t letter)
+{
+    constexpr std::array<std::array<char32_t, 2>, 6> kRanges { { { 0x2E80, 0x30FF },
+        { 0x31C0, 0x4DBF }, { 0x4E00, 0x9FFF }, { 0xF900, 0xFAFF }, { 0xFE30, 0xFFEF },
+        { 0x20000, 0x3FFFF } } };
+    for (const auto& range : kRanges) {
+        if (letter >= range[0] && letter <= range[1]) {
+            return true;
+        }
+    }
+    return false;
+}
+
 bool isBlankBetween(const Word& before, const Word& after)
 {
-    return !(isCjk(lastCodePoint(before.text)) && isCjk(codePointAt(after.text, 0)));
+    const std::vector<char32_t> left = codePoints(before.text);
+    const std::vector<char32_t> right = codePoints(after.text);
+    return left.empty() || right.empty() || !isCjk(left.back()) || !isCjk(right.front());
 }
 
 std::string lineText(const TextLine& line)

@@ -52,6 +52,9 @@ struct PageText
 /// the gap are Chinese (CJK writes without blanks).
 std::string lineText(const TextLine& line);
 
+/// Han letters with their punctuation and full-width forms, Kana; not Hangul, which has blanks.
+bool isCjk(char32_t letter);
+
 /// true when a blank stands between two words that follow each other on a line.
 bool isBlankBetween(const Word& before, const Word& after);
 

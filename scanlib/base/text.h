@@ -1,9 +1,10 @@
-// Small functions on UTF-8 text: bounded copies into the caller's buffers.
+// Small functions on UTF-8 text: bounded copies into the caller's buffers, its letters.
 #pragma once
 
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace orva {
 
@@ -19,5 +20,9 @@ std::string textOfArray(const char* array, std::size_t size);
 
 /// false when a terminator is missing.
 bool isTerminated(const char* array, std::size_t size);
+
+/// Unicode letters. What is no UTF-8, and what neither PDF nor XML can hold (control characters,
+/// lone surrogates, U+FFFE), becomes U+FFFD.
+std::vector<char32_t> codePoints(std::string_view text);
 
 } // namespace orva

@@ -3,6 +3,7 @@
 
 #include "scanlib/base/library_log.h"
 #include "scanlib/ocr/engine_library.h"
+#include "scanlib/ocr/letter_cells.h"
 #include "scanlib/ocr/models.h"
 #include "scanlib/ocr/orientation.h"
 #include "scanlib/ocr/recogniser_pool.h"
@@ -88,11 +89,14 @@ Status readStraight(const Page& page, const StopWish& stop, Reader& reader, Page
     takeGray(page, wholePage(page), 1, reader.picture);
     const double tilt = textSkewDegrees(reducedGray(page, kTiltDpi).gray);
     if (std::abs(tilt) < kLeastTilt) {
-        return reader.engine->read(reader.picture, stop, out);
+        Status status = reader.engine->read(reader.picture, stop, out);
+        placeWordsOnInk(reader.picture, out);
+        return status;
     }
     const Straightening straightening(reader.picture.width, reader.picture.height, tilt);
     straightening.straighten(reader.picture, reader.straight);
     Status status = reader.engine->read(reader.straight, stop, out);
+    placeWordsOnInk(reader.straight, out);
     straightening.tiltBack(out);
     return status;
 }

@@ -48,11 +48,7 @@ std::string utf16Code(char32_t letter)
 
 unsigned PdfTextLayer::codeOf(char32_t letter)
 {
-    // Code 0 is the glyph for what a font does not hold; lone surrogates stand for rare letters
-    // here.
-    const bool known =
-        letter != 0 && (letter < kFirstSurrogate || letter >= kFirstSurrogate + kSurrogates);
-    unsigned code = known ? letter : kUnknownLetter;
+    unsigned code = letter;
     if (letter > 0xFFFF) {
         const auto next = static_cast<unsigned>(m_beyond.size());
         if (m_beyond.count(letter) == 0 && next >= kSurrogates) {

@@ -1,5 +1,7 @@
 #include "scanlib/writers/text_placing.h"
 
+#include "scanlib/base/text.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <string>
@@ -8,33 +10,8 @@ namespace orva {
 
 namespace {
 
-constexpr char32_t kUnknownLetter = 0xFFFD;
 /// A line that is so much higher than wide runs downwards.
 constexpr double kVerticalRatio = 2;
-
-/// What is no UTF-8, and what neither PDF nor XML can hold, becomes the unknown letter.
-std::vector<char32_t> codePoints(const std::string& text)
-{
-    std::vector<char32_t> letters;
-    for (std::size_t at = 0; at < text.size();) {
-        const auto first = static_cast<unsigned char>(text[at++]);
-        const int more = first >= 0xF0 ? 3 : first >= 0xE0 ? 2 : first >= 0xC0 ? 1 : 0;
-        char32_t code = more == 0 ? first : first & (0x3FU >> static_cast<unsigned>(more));
-        int got = 0;
-        for (; got < more && at < text.size(); ++got, ++at) {
-            const auto next = static_cast<unsigned char>(text[at]);
-            if ((next & 0xC0U) != 0x80U) {
-                break;
-            }
-            code = (code << 6U) | (next & 0x3FU);
-        }
-        const bool good = got == more && (more > 0 || first < 0x80) && code >= 0x20
-            && code <= 0x10FFFF && !(code >= 0xD800 && code <= 0xDFFF)
-            && (code & 0xFFFEU) != 0xFFFE;
-        letters.push_back(good ? code : kUnknownLetter);
-    }
-    return letters;
-}
 
 double startOf(const TextBox& box, bool vertical)
 {
