@@ -1,5 +1,7 @@
 #include "scanlib/base/file_naming.h"
 
+#include "scanlib/base/local_time.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -42,9 +44,7 @@ std::string timeStamp(
     const auto sinceEpoch = std::chrono::floor<std::chrono::milliseconds>(time.time_since_epoch());
     const auto wholeSeconds = std::chrono::floor<std::chrono::seconds>(sinceEpoch);
     const auto ms = static_cast<int>((sinceEpoch - wholeSeconds).count());
-    const std::time_t seconds = wholeSeconds.count();
-    std::tm local {};
-    localtime_r(&seconds, &local);
+    const std::tm local = localTime(wholeSeconds.count());
 
     const std::string year = digits(local.tm_year + 1900, 4);
     const std::string month = digits(local.tm_mon + 1, 2);

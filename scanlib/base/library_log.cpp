@@ -1,5 +1,7 @@
 #include "scanlib/base/library_log.h"
 
+#include "scanlib/base/local_time.h"
+
 #include <chrono>
 #include <cstdarg>
 #include <cstdio>
@@ -52,12 +54,10 @@ void libraryLog(const char* format, ...)
         return;
     }
     const auto now = std::chrono::system_clock::now();
-    const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
     const auto ms =
         std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count()
         % 1000;
-    std::tm parts {};
-    localtime_r(&seconds, &parts);
+    const std::tm parts = localTime(std::chrono::system_clock::to_time_t(now));
     std::fprintf(file, "%04d-%02d-%02d %02d:%02d:%02d.%03d ", parts.tm_year + 1900,
         parts.tm_mon + 1, parts.tm_mday, parts.tm_hour, parts.tm_min, parts.tm_sec,
         static_cast<int>(ms));

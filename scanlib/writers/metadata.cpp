@@ -1,5 +1,6 @@
 #include "scanlib/writers/metadata.h"
 
+#include "scanlib/base/local_time.h"
 #include "scanlib/writers/xml_text.h"
 
 #include <glib.h>
@@ -15,17 +16,9 @@ namespace orva {
 
 namespace {
 
-std::tm localParts(std::int64_t unixSeconds)
-{
-    const auto seconds = static_cast<std::time_t>(unixSeconds);
-    std::tm parts {};
-    localtime_r(&seconds, &parts);
-    return parts;
-}
-
 std::string xmpDate(std::int64_t unixSeconds)
 {
-    const std::tm parts = localParts(unixSeconds);
+    const std::tm parts = localTime(unixSeconds);
     const long minutes = parts.tm_gmtoff / 60;
     std::array<char, 64> text {};
     std::snprintf(text.data(), text.size(), "%04d-%02d-%02dT%02d:%02d:%02d%c%02ld:%02ld",
@@ -128,7 +121,7 @@ Splice pictureMetadata(const std::vector<std::uint8_t>& head, const DocumentInfo
 
 std::string pdfDate(std::int64_t unixSeconds)
 {
-    const std::tm parts = localParts(unixSeconds);
+    const std::tm parts = localTime(unixSeconds);
     const long minutes = parts.tm_gmtoff / 60;
     std::array<char, 64> text {};
     std::snprintf(text.data(), text.size(), "D:%04d%02d%02d%02d%02d%02d%c%02ld'%02ld'",

@@ -1,6 +1,7 @@
 // OFD (GB/T 33190-2016) of one or many page images. Paths in the container are case-sensitive and
 // relative to the file that names them; lengths are millimetres from the top left; IDs are unique
 // over the document. The order of elements is the one of the standard's schemas.
+#include "scanlib/base/local_time.h"
 #include "scanlib/base/units.h"
 #include "scanlib/writers/encoders.h"
 #include "scanlib/writers/ofd_text_layer.h"
@@ -48,9 +49,7 @@ std::string documentId()
 
 std::string plainDate(std::int64_t unixSeconds)
 {
-    const auto seconds = static_cast<std::time_t>(unixSeconds);
-    std::tm parts {};
-    localtime_r(&seconds, &parts);
+    const std::tm parts = localTime(unixSeconds);
     char text[16] = "";
     std::strftime(text, sizeof text, "%Y-%m-%d", &parts);
     return text;

@@ -1,6 +1,7 @@
 // RTF 1.9: a section a page of the size of the scanned one, paragraphs in reading order with the
 // font size, indents and distances of the scan. 7-bit: all other characters are written as \uN with
 // a question mark for readers that do not know it. Lengths are twips, 1/1440 inch.
+#include "scanlib/base/local_time.h"
 #include "scanlib/base/units.h"
 #include "scanlib/writers/encoders.h"
 #include "scanlib/writers/flow_text.h"
@@ -51,9 +52,7 @@ std::string control(const char* word, long value)
 
 std::string header(const DocumentInfo& info)
 {
-    const auto seconds = static_cast<std::time_t>(info.createdUnixSeconds);
-    std::tm parts {};
-    localtime_r(&seconds, &parts);
+    const std::tm parts = localTime(info.createdUnixSeconds);
     // Code page and character set 134 are those of Simplified Chinese.
     return "{\\rtf1\\ansi\\ansicpg936\\uc1\\deff0\\deflang1033\\deflangfe2052\n"
            "{\\fonttbl{\\f0\\froman\\fcharset0 Times New Roman;}"

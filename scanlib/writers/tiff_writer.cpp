@@ -1,4 +1,5 @@
 // TIFF files of one or many pages. The pages come compressed; their strips are copied as they are.
+#include "scanlib/base/local_time.h"
 #include "scanlib/writers/encoders.h"
 #include "scanlib/writers/output_file.h"
 #include "scanlib/writers/tiff_stream.h"
@@ -16,9 +17,7 @@ namespace {
 
 std::string tiffTime(std::int64_t unixSeconds)
 {
-    const auto seconds = static_cast<std::time_t>(unixSeconds);
-    std::tm parts {};
-    localtime_r(&seconds, &parts);
+    const std::tm parts = localTime(unixSeconds);
     char text[20] = "";
     std::strftime(text, sizeof text, "%Y:%m:%d %H:%M:%S", &parts);
     return text;

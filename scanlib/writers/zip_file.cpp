@@ -1,5 +1,7 @@
 #include "scanlib/writers/zip_file.h"
 
+#include "scanlib/base/local_time.h"
+
 #include <unistd.h>
 #include <zip.h>
 
@@ -50,9 +52,7 @@ namespace {
 
 zip_fileinfo entryInfo(std::int64_t unixSeconds)
 {
-    const auto seconds = static_cast<std::time_t>(unixSeconds);
-    std::tm parts {};
-    localtime_r(&seconds, &parts);
+    const std::tm parts = localTime(unixSeconds);
     zip_fileinfo info {};
     info.tmz_date.tm_year = static_cast<uInt>(parts.tm_year + 1900);
     info.tmz_date.tm_mon = static_cast<uInt>(parts.tm_mon);
