@@ -9,6 +9,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <numeric>
+
 namespace orva {
 namespace {
 
@@ -93,6 +96,58 @@ TEST_F(TextFile, workbookIsReadByAnotherProgram)
     EXPECT_EQ(outputOf("xls2csv -q0 -d utf-8 -b '=' " + quoted(path)), sheet + "=" + sheet + "=");
     EXPECT_NE(
         outputOf("file " + quoted(path)).find("Composite Document File V2"), std::string::npos);
+}
+
+/// Bytes of the strings that the pages show.
+std::vector<std::size_t> shownStrings(const std::filesystem::path& pdf)
+{
+    const std::string drawn =
+        outputOf("qpdf --stream-data=uncompress --normalize-content=n " + quoted(pdf) + " -");
+    std::vector<std::size_t> sizes;
+    for (std::size_t end = drawn.find("> Tj"); end != std::string::npos;
+         end = drawn.find("> Tj", end + 1)) {
+        sizes.push_back((end - drawn.rfind('<', end)) / 2);
+    }
+    return sizes;
+}
+
+TEST_F(TextFile, anyLettersCanBeSearchedInValidFiles)
+{
+    const std::string unknown = "\xEF\xBF\xBD";
+    std::string longWord;
+    for (int i = 0; i < 20000; ++i) {
+        longWord += "档案";
+    }
+    const struct
+    {
+        std::string word;
+        std::string found;
+        std::size_t letters;
+    } rows[] = { { "😀𠮷", "😀𠮷", 2 }, { "x\xED\xA0\x80y", "x" + unknown + "y", 3 },
+        { "a\xC0\x80z", "a" + unknown + "z", 3 }, { "b\x01\x7F", "b" + unknown, 3 },
+        { longWord, "档案档案档案", 40000 } };
+    for (const auto& row : rows) {
+        PageText text;
+        addParagraph(text, 200, { { { 100, row.word } } });
+        const auto pdf = made(FileFormat::kPdfText, { text });
+        outputOf("qpdf --check " + quoted(pdf));
+        EXPECT_NE(
+            outputOf("pdftotext -raw " + quoted(pdf) + " -").find(row.found), std::string::npos)
+            << row.found;
+        const std::vector<std::size_t> strings = shownStrings(pdf);
+        EXPECT_EQ(
+            std::accumulate(strings.begin(), strings.end(), std::size_t { 0 }), 2 * row.letters)
+            << row.found;
+        ASSERT_FALSE(strings.empty());
+        EXPECT_LE(*std::max_element(strings.begin(), strings.end()), 32767U)
+            << "the limit of PDF/A";
+        const auto ofd = made(FileFormat::kOfdText, { text });
+        EXPECT_NE(outputOf("unzip -p " + quoted(ofd) + " Doc_0/Pages/Page_0/Content.xml"
+                      + " | xmllint --xpath \"string(//*[local-name()='TextCode'])\" -")
+                      .find(row.found),
+            std::string::npos)
+            << row.found;
+    }
 }
 
 TEST(CellNumber, onlyWhatLooksTheSameAfterwards)
