@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <utility>
 
 namespace orva {
 
@@ -19,7 +21,9 @@ enum Kind : unsigned
     kWindow1 = 0x003D,
     kCodePage = 0x0042,
     kColInfo = 0x007D,
+    kWsBool = 0x0081,
     kBoundSheet = 0x0085,
+    kSetup = 0x00A1,
     kXf = 0x00E0,
     kMergedCells = 0x00E5,
     kLabelSst = 0x00FD,
@@ -42,6 +46,7 @@ constexpr std::size_t kMergedPerRecord = 1027;
 // Every reader expects these styles, then the one of plain cells; ours follow.
 constexpr unsigned kStyleFormats = 15;
 constexpr unsigned kPlainCell = kStyleFormats;
+constexpr unsigned kWrappedCell = kPlainCell + 1;
 constexpr unsigned kFirstOwnFormat = 164;
 constexpr double kDigitMillimetres = 1.85; // width of a digit of the 10-point font
 constexpr int kMinColumnDigits = 4;
@@ -54,13 +59,77 @@ void addBof(std::vector<std::uint8_t>& stream, unsigned what)
         RecordData().u16(0x0600).u16(what).u16(0x0DBB).u16(0x07CC).u32(0x00C1).u32(0x0306));
 }
 
-void addXf(std::vector<std::uint8_t>& stream, unsigned format, bool isStyle)
+void addStyleXf(std::vector<std::uint8_t>& stream)
 {
-    const unsigned flags = isStyle ? 0xFFF5 : 0x0001; // parent; locked
-    const unsigned used = isStyle ? 0xF4 : format != 0 ? 0x04 : 0x00; // own number format
+    // Parent, alignment to the bottom, what it sets.
     addRecord(stream, kXf,
-        RecordData().u16(0).u16(format).u16(flags).u8(0x20).u8(0).u8(0).u8(used).u32(0).u32(0).u16(
+        RecordData().u16(0).u16(0).u16(0xFFF5).u8(0x20).u8(0).u8(0).u8(0xF4).u32(0).u32(0).u16(
             0x20C0));
+}
+
+/// Cells are aligned to the top, so that a row of one and of several lines reads across.
+void addCellXf(std::vector<std::uint8_t>& stream, unsigned format, bool isWrapped)
+{
+    const unsigned alignment = isWrapped ? 0x08 : 0x00;
+    const unsigned used = format != 0 ? 0x14 : 0x10; // alignment; number format
+    addRecord(stream, kXf,
+        RecordData()
+            .u16(0)
+            .u16(format)
+            .u16(0x0001)
+            .u8(alignment)
+            .u8(0)
+            .u8(0)
+            .u8(used)
+            .u32(0)
+            .u32(0)
+            .u16(0x20C0));
+}
+
+/// The number of the standard paper that comes nearest, of those that spreadsheets number.
+unsigned paperNumber(double shortMm, double longMm)
+{
+    constexpr struct
+    {
+        unsigned number;
+        double width;
+        double height;
+    } kPapers[] = { { 8, 297, 420 }, { 9, 210, 297 }, { 11, 148, 210 }, { 70, 105, 148 },
+        { 12, 257, 364 }, { 13, 182, 257 }, { 1, 215.9, 279.4 }, { 5, 215.9, 355.6 } };
+    const auto* const nearest =
+        std::min_element(std::begin(kPapers), std::end(kPapers), [&](const auto& a, const auto& b) {
+            return std::hypot(a.width - shortMm, a.height - longMm)
+                < std::hypot(b.width - shortMm, b.height - longMm);
+        });
+    return nearest->number;
+}
+
+/// As wide as the paper and as many sheets long as it takes.
+void addPrintSetup(std::vector<std::uint8_t>& stream, const SheetPaper& paper)
+{
+    constexpr unsigned kFitToPaper = 0x0100;
+    constexpr unsigned kUpright = 0x0002;
+    constexpr unsigned kPrintDpi = 600;
+    constexpr double kHeaderInches = 0.5;
+    constexpr unsigned kDefaultOutlines = 0x04C1;
+    addRecord(stream, kWsBool, RecordData().u16(kDefaultOutlines | kFitToPaper));
+    const bool isUpright = paper.widthMm <= paper.heightMm;
+    const auto [shortMm, longMm] = std::minmax(paper.widthMm, paper.heightMm);
+    // Paper, percent, first page number, sheets across and down (0: any), flags, resolution, room
+    // for header and footer, copies.
+    addRecord(stream, kSetup,
+        RecordData()
+            .u16(paperNumber(shortMm, longMm))
+            .u16(100)
+            .u16(1)
+            .u16(1)
+            .u16(0)
+            .u16(isUpright ? kUpright : 0)
+            .u16(kPrintDpi)
+            .u16(kPrintDpi)
+            .f64(kHeaderInches)
+            .f64(kHeaderInches)
+            .u16(1));
 }
 
 void addFont(std::vector<std::uint8_t>& stream)
@@ -90,7 +159,7 @@ void append(std::vector<std::uint8_t>& to, const std::vector<std::uint8_t>& from
 
 } // namespace
 
-void BiffWorkbook::beginSheet(const std::vector<int>& columnWidths)
+void BiffWorkbook::beginSheet(const std::vector<int>& columnWidths, const SheetPaper& paper)
 {
     ++m_partOfPage;
     Sheet& sheet = m_sheets.emplace_back();
@@ -100,9 +169,10 @@ void BiffWorkbook::beginSheet(const std::vector<int>& columnWidths)
     }
     sheet.name = utf16Of(name);
     sheet.columnWidths = columnWidths;
+    sheet.paper = paper;
 }
 
-void BiffWorkbook::addPage(const SheetLayout& layout, double dpi)
+void BiffWorkbook::addPage(const SheetLayout& layout, double dpi, const SheetPaper& paper)
 {
     ++m_pages;
     m_partOfPage = 0;
@@ -114,7 +184,7 @@ void BiffWorkbook::addPage(const SheetLayout& layout, double dpi)
             kMinColumnDigits * 256, kMaxColumnDigits * 256));
     }
     widths.resize(std::min<std::size_t>(widths.size(), kMaxColumns));
-    beginSheet(widths);
+    beginSheet(widths, paper);
     for (const TableRow& row : layout.rows) {
         std::vector<Cell> cells;
         for (const TableCell& cell : row.cells) {
@@ -124,8 +194,8 @@ void BiffWorkbook::addPage(const SheetLayout& layout, double dpi)
                 continue;
             }
             const int column = std::min(cell.column, kMaxColumns - 1);
-            cells.push_back({ column, std::min(cell.columns, kMaxColumns - column),
-                utf16Of(cell.text), cell.text });
+            cells.push_back({ column, std::min(cell.columns, kMaxColumns - column), cell.rows,
+                cell.isWrapped, utf16Of(cell.text), cell.text });
         }
         addRow(cells);
     }
@@ -135,7 +205,8 @@ void BiffWorkbook::addRow(const std::vector<Cell>& cells)
 {
     std::vector<Cell> below;
     if (m_sheets.back().rows == kMaxRows) {
-        beginSheet(std::vector<int>(m_sheets.back().columnWidths));
+        const Sheet& full = m_sheets.back();
+        beginSheet(std::vector<int>(full.columnWidths), SheetPaper(full.paper));
     }
     for (const Cell& cell : cells) {
         Cell here = cell;
@@ -166,14 +237,17 @@ void BiffWorkbook::addCell(const Cell& cell)
         addRecord(sheet.cells, kNumber,
             place(cell.column).u16(formatOf(number->format)).f64(number->value));
     } else {
-        addRecord(
-            sheet.cells, kLabelSst, place(cell.column).u16(kPlainCell).u32(m_texts.add(cell.text)));
+        addRecord(sheet.cells, kLabelSst,
+            place(cell.column)
+                .u16(cell.isWrapped ? kWrappedCell : kPlainCell)
+                .u32(m_texts.add(cell.text)));
     }
     for (int i = 1; i < cell.columns; ++i) {
         addRecord(sheet.cells, kBlank, place(cell.column + i).u16(kPlainCell));
     }
-    if (cell.columns > 1) {
-        sheet.merged.push_back({ sheet.rows, cell.column, cell.column + cell.columns - 1 });
+    if (cell.columns > 1 || cell.rows > 1) {
+        sheet.merged.push_back({ sheet.rows, std::min(sheet.rows + cell.rows, kMaxRows) - 1,
+            cell.column, cell.column + cell.columns - 1 });
     }
     sheet.columns = std::max(sheet.columns, cell.column + cell.columns);
 }
@@ -185,13 +259,14 @@ unsigned BiffWorkbook::formatOf(const std::string& format)
     if (at == m_formats.end()) {
         m_formats.push_back(format);
     }
-    return kPlainCell + 1 + index;
+    return kWrappedCell + 1 + index;
 }
 
 std::vector<std::uint8_t> BiffWorkbook::sheetBytes(const Sheet& sheet, bool first) const
 {
     std::vector<std::uint8_t> stream;
     addBof(stream, kWorksheet);
+    addPrintSetup(stream, sheet.paper);
     for (std::size_t i = 0; i < sheet.columnWidths.size(); ++i) {
         const auto column = static_cast<unsigned>(i);
         addRecord(stream, kColInfo,
@@ -218,8 +293,8 @@ std::vector<std::uint8_t> BiffWorkbook::sheetBytes(const Sheet& sheet, bool firs
         RecordData data;
         data.u16(static_cast<unsigned>(end - begin));
         for (std::size_t i = begin; i < end; ++i) {
-            const auto& [row, from, to] = sheet.merged[i];
-            data.u16(static_cast<unsigned>(row)).u16(static_cast<unsigned>(row));
+            const auto& [top, bottom, from, to] = sheet.merged[i];
+            data.u16(static_cast<unsigned>(top)).u16(static_cast<unsigned>(bottom));
             data.u16(static_cast<unsigned>(from)).u16(static_cast<unsigned>(to));
         }
         addRecord(stream, kMergedCells, data);
@@ -247,11 +322,12 @@ std::vector<std::uint8_t> BiffWorkbook::globals(const std::vector<std::uint32_t>
                 .longText(utf16Of(m_formats[i])));
     }
     for (unsigned i = 0; i < kStyleFormats; ++i) {
-        addXf(stream, 0, true);
+        addStyleXf(stream);
     }
-    addXf(stream, 0, false);
+    addCellXf(stream, 0, false);
+    addCellXf(stream, 0, true);
     for (std::size_t i = 0; i < m_formats.size(); ++i) {
-        addXf(stream, kFirstOwnFormat + static_cast<unsigned>(i), false);
+        addCellXf(stream, kFirstOwnFormat + static_cast<unsigned>(i), false);
     }
     addRecord(stream, kStyle, RecordData().u16(0x8000).u8(0).u8(0xFF)); // the built-in "Normal"
     for (std::size_t i = 0; i < m_sheets.size(); ++i) {

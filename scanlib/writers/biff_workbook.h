@@ -11,13 +11,20 @@
 
 namespace orva {
 
+/// What a sheet is printed on: the standard paper that comes nearest, upright or across.
+struct SheetPaper
+{
+    double widthMm = 210;
+    double heightMm = 297;
+};
+
 class BiffWorkbook
 {
 public:
     /// A sheet for one page; dpi turns column widths into those of the sheet. What the format
     /// cannot hold goes on elsewhere: rows past 65,536 on a further sheet, characters past 32,767
     /// in the cell below, columns past 256 in the last one.
-    void addPage(const SheetLayout& layout, double dpi);
+    void addPage(const SheetLayout& layout, double dpi, const SheetPaper& paper = {});
     std::size_t sheets() const { return m_sheets.size(); }
     /// All of the stream.
     std::vector<std::uint8_t> bytes() const;
@@ -27,6 +34,8 @@ private:
     {
         int column;
         int columns;
+        int rows;
+        bool isWrapped;
         std::u16string text;
         std::string plain; ///< the same in UTF-8; empty for what must stay text
     };
@@ -35,14 +44,15 @@ private:
         std::u16string name;
         std::vector<std::uint8_t> cells; ///< records
         std::vector<int> columnWidths; ///< 1/256 of a digit
-        std::vector<std::array<int, 3>> merged; ///< row, first column, last column
+        std::vector<std::array<int, 4>> merged; ///< first and last row, first and last column
+        SheetPaper paper;
         int rows = 0;
         int columns = 0;
     };
 
     void addRow(const std::vector<Cell>& cells);
     void addCell(const Cell& cell);
-    void beginSheet(const std::vector<int>& columnWidths);
+    void beginSheet(const std::vector<int>& columnWidths, const SheetPaper& paper);
     unsigned formatOf(const std::string& format);
     std::vector<std::uint8_t> sheetBytes(const Sheet& sheet, bool first) const;
     std::vector<std::uint8_t> globals(const std::vector<std::uint32_t>& sheetStarts) const;

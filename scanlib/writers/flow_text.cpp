@@ -75,6 +75,11 @@ bool goesOn(const TextLine& line, const TextLine& next, int rightEdge)
 
 } // namespace
 
+bool isBlankAtBreak(const Word& last, const Word& first)
+{
+    return isBlankBetween(last, first) && last.text.back() != '-' && last.text.back() != '/';
+}
+
 double emPixels(const TextLine& line)
 {
     bool tall = false;
@@ -106,8 +111,7 @@ std::vector<std::string> typedLines(const Paragraph& paragraph)
         bool hasTabs = false;
         std::string text = textWithTabs(line, hasTabs);
         if (before != nullptr && !hasTabs && goesOn(*before, line, rightEdge)) {
-            const Word& last = before->words.back();
-            const bool blank = isBlankBetween(last, line.words.front()) && last.text.back() != '-';
+            const bool blank = isBlankAtBreak(before->words.back(), line.words.front());
             typed.back() += (blank ? " " : "") + text;
         } else {
             typed.push_back(std::move(text));

@@ -17,6 +17,10 @@ std::vector<std::string> typedLines(const Paragraph& paragraph);
 /// Where the words behind such gaps begin, pixels, from left to right, none twice.
 std::vector<int> tabStops(const Paragraph& paragraph);
 
+/// Whether a blank takes the place of the line end between the last word of a line and the first of
+/// the next: not after a hyphen or a slash, and not between Chinese characters.
+bool isBlankAtBreak(const Word& last, const Word& first);
+
 /// Height of the em square that the line was set in, pixels; at least 1. From the full height of
 /// Chinese characters, else from the ascent of capitals, digits or small letters.
 double emPixels(const TextLine& line);

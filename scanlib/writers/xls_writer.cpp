@@ -1,15 +1,26 @@
 // Spreadsheet of the recognised text: a sheet a page, tables in rows and columns. The texts are
 // shared over the workbook, so that it is put together in memory; a page takes a few kilobytes.
+#include "scanlib/base/units.h"
 #include "scanlib/writers/biff_workbook.h"
 #include "scanlib/writers/encoders.h"
 #include "scanlib/writers/ole_container.h"
 #include "scanlib/writers/output_file.h"
+#include "scanlib/writers/page_rulings.h"
+#include "scanlib/writers/text_rows.h"
 
 #include <new>
 
 namespace orva {
 
 namespace {
+
+SheetPaper paperOf(const EncodedPage& page)
+{
+    const auto millimetres = [](int pixels, double dpi) {
+        return pixels * units::kMillimetresPerInch / (dpi > 0 ? dpi : units::kAssumedDpi);
+    };
+    return { millimetres(page.width, page.dpiX), millimetres(page.height, page.dpiY) };
+}
 
 class XlsWriter : public DocumentWriter
 {
@@ -27,7 +38,8 @@ public:
             if (Status status = readText(page, text); !status.ok()) {
                 return status;
             }
-            m_workbook.addPage(findTables(text), page.dpiX);
+            const Rulings rulings = findRulings(page, textSlope(text));
+            m_workbook.addPage(findTables(text, rulings, page.dpiX), page.dpiX, paperOf(page));
             return {};
         });
     }
