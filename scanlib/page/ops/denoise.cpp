@@ -2,6 +2,7 @@
 
 #include "scanlib/base/units.h"
 #include "scanlib/page/ops/blobs.h"
+#include "scanlib/page/ops/row_loops.h"
 #include "scanlib/page/ops/threshold.h"
 
 #include <algorithm>
@@ -18,11 +19,6 @@ constexpr double kStrongSpeckMm = 0.35; // 4 pixels at 300 dpi; full stops of 9 
 constexpr double kLonelyMm = 1; // further from print than any punctuation
 constexpr int kSpeckThreshold = 200; // of white paper's 255
 
-std::uint8_t middleOf(std::uint8_t a, std::uint8_t b, std::uint8_t c)
-{
-    return std::max(std::min(a, b), std::min(std::max(a, b), c));
-}
-
 /// Three rows with one repeated pixel at each end, as one row of sorted columns.
 struct SortedColumns
 {
@@ -37,35 +33,19 @@ struct SortedColumns
     std::vector<std::uint8_t> high;
 };
 
-// The median of nine is the middle of: the largest low, the middle of the middles, the smallest
-// high of three sorted columns. Only minima and maxima of bytes, so that the compiler vectorises
-// it.
 void medianRow(const std::uint8_t* above, const std::uint8_t* here, const std::uint8_t* below,
     std::uint8_t* out, std::size_t size, std::size_t channels, SortedColumns& columns)
 {
+    const RowLoops& loops = rowLoops();
     std::uint8_t* const low = columns.low.data();
     std::uint8_t* const middle = columns.middle.data();
     std::uint8_t* const high = columns.high.data();
-    for (std::size_t i = 0; i < size; ++i) {
-        const std::uint8_t a = above[i];
-        const std::uint8_t b = here[i];
-        const std::uint8_t c = below[i];
-        low[channels + i] = std::min(std::min(a, b), c);
-        high[channels + i] = std::max(std::max(a, b), c);
-        middle[channels + i] = middleOf(a, b, c);
-    }
+    loops.sort(above, here, below, low + channels, middle + channels, high + channels, size);
     for (std::uint8_t* const values : { low, middle, high }) {
         std::memcpy(values, values + channels, channels);
         std::memcpy(values + channels + size, values + size, channels);
     }
-    for (std::size_t i = 0; i < size; ++i) {
-        const std::size_t left = i;
-        const std::size_t centre = i + channels;
-        const std::size_t right = i + 2 * channels;
-        out[i] = middleOf(std::max(std::max(low[left], low[centre]), low[right]),
-            middleOf(middle[left], middle[centre], middle[right]),
-            std::min(std::min(high[left], high[centre]), high[right]));
-    }
+    loops.medianOfNine(low, middle, high, out, size, channels);
 }
 
 void medianPass(Page& page)

@@ -5,6 +5,7 @@
 #include "scanlib/base/units.h"
 #include "scanlib/page/ops/color_conversion.h"
 #include "scanlib/page/ops/histogram.h"
+#include "scanlib/page/ops/row_loops.h"
 
 #include <algorithm>
 #include <cmath>
@@ -71,9 +72,7 @@ ReducedPage reducedGray(const Page& page, double dpi)
                 grayRow(page, y * fy + k, row.data());
             }
             const std::uint8_t* const in = bits ? row.data() : page.row(y * fy + k);
-            for (std::size_t i = 0; i < samples; ++i) {
-                sums[i] = static_cast<std::uint16_t>(sums[i] + in[i]);
-            }
+            rowLoops().add(sums.data(), in, samples);
         }
         if (color) {
             meansOf<3>(sums.data(), fx, area, out.row(y), out.width);

@@ -10,9 +10,10 @@
 
 #include "scanlib/base/units.h"
 #include "scanlib/page/ops/page_like.h"
-#include "scanlib/page/ops/vectors.h"
+#include "scanlib/page/ops/row_loops.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace orva {
@@ -21,6 +22,13 @@ namespace {
 
 constexpr int kShift = 16;
 constexpr std::int64_t kOne = std::int64_t { 1 } << kShift;
+// Rows of the result are made in blocks, and these in tiles of columns: what the next row of the
+// block reads lies in the first-level cache, where a whole row would cross a hundred rows of the
+// page.
+constexpr int kBlockRows = 16;
+constexpr std::int64_t kStrip = 128; // columns
+constexpr std::int64_t kLineBytes = 64; // of the processor's caches
+constexpr std::int64_t kSpare = 16; // bytes, as the row loops like it
 
 std::int64_t fixed(double value)
 {
@@ -46,6 +54,14 @@ struct Ramp
     }
 };
 
+Ramp rampOf(double base, double slope)
+{
+    Ramp ramp;
+    ramp.base = fixed(base);
+    ramp.slope = fixed(slope);
+    return ramp;
+}
+
 /// The low 16 bits of index x slope for every byte of a row.
 std::vector<std::uint16_t> partsOf(std::int64_t slope, int width, int channels)
 {
@@ -58,105 +74,128 @@ std::vector<std::uint16_t> partsOf(std::int64_t slope, int width, int channels)
     return parts;
 }
 
-std::uint8_t mixed(unsigned a, unsigned b, unsigned part)
-{
-    return static_cast<std::uint8_t>((a * (256U - part) + b * part + 128U) >> 8U);
-}
-
-/// out = a + (b - a) x part, byte by byte; the part of byte i is (parts[i] + base) / 65536.
-void mix(const std::uint8_t* a, const std::uint8_t* b, const std::uint16_t* parts,
-    std::uint16_t base, std::uint8_t* out, std::int64_t count)
-{
-    const auto eight = [&](std::int64_t i) {
-        const Words8 part = (loadWords(parts + i) + base) >> 8U;
-        const Words8 sum = loadBytes(a + i) * (256 - part) + loadBytes(b + i) * part + 128;
-        storeBytes(sum >> 8U, out + i);
-    };
-    if (count < 8) {
-        for (std::int64_t i = 0; i < count; ++i) {
-            out[i] = mixed(a[i], b[i], static_cast<std::uint16_t>(parts[i] + base) >> 8U);
-        }
-        return;
-    }
-    for (std::int64_t i = 0; i + 8 <= count; i += 8) {
-        eight(i);
-    }
-    eight(count - 8);
-}
-
 class Turn
 {
 public:
     Turn(const Page& page, const TiltedRect& rect, int width, int channels)
         : m_page(page)
-        , m_rect(rect)
-        , m_radians(rect.degrees * units::kPi / 180.0)
+        , m_loops(rowLoops())
         , m_channels(channels)
         , m_width(width)
-        , m_down(fixed(std::tan(m_radians)))
-        , m_along(fixed(std::cos(m_radians)) - kOne)
-        , m_downParts(partsOf(m_down, page.width, channels))
-        , m_alongParts(partsOf(m_along, width, channels))
+        , m_down(rampOf(rect.y - rect.x * tangent(rect), tangent(rect)))
+        , m_nextDown(1 / std::cos(radiansOf(rect)))
+        , m_along(rampOf(rect.x, std::cos(radiansOf(rect)) - 1))
+        , m_nextAlong(-std::sin(radiansOf(rect)))
+        , m_downParts(partsOf(m_down.slope, page.width, channels))
+        , m_alongParts(partsOf(m_along.slope, width, channels))
         , m_white(page.stride(), 255)
-        , m_between((static_cast<std::size_t>(width) + 4) * static_cast<std::size_t>(channels))
+        , m_betweenBytes((width + 2) * m_channels + kSpare)
+        , m_between(static_cast<std::size_t>(kBlockRows * m_betweenBytes))
     {
     }
 
-    void row(int v, std::uint8_t* out)
+    /// Rows v to v + count - 1 of the result, at most kBlockRows.
+    void rows(int v, int count, Page& result)
     {
-        Ramp along; // of x(u) - u
-        along.base = fixed(m_rect.x - v * std::sin(m_radians));
-        along.slope = m_along;
-        const std::int64_t left = along.base >> kShift;
-        columns(v, left);
-        for (std::int64_t u = 0; u < m_width;) {
-            const std::int64_t end = along.nextStep(u, m_width);
-            const std::uint8_t* const a =
-                m_between.data() + ((along.at(u) >> kShift) + u - left) * m_channels;
-            mix(a, a + m_channels, m_alongParts.data() + u * m_channels,
-                static_cast<std::uint16_t>(along.base), out + u * m_channels,
-                (end - u) * m_channels);
-            u = end;
+        for (int k = 0; k < count; ++k) {
+            prepare(m_block[static_cast<std::size_t>(k)], v + k, k);
+        }
+        for (std::int64_t x = 0; x < m_page.width; x += kStrip) {
+            for (int k = 0; k < count; ++k) {
+                columns(m_block[static_cast<std::size_t>(k)], x,
+                    std::min<std::int64_t>(x + kStrip, m_page.width));
+            }
+        }
+        for (int k = 0; k < count; ++k) {
+            along(m_block[static_cast<std::size_t>(k)], result.row(v + k));
         }
     }
 
 private:
-    /// The row between: columns `left` to `left + width + 1` of the page, white outside of it.
-    void columns(int v, std::int64_t left)
+    /// One row between: columns `left` to `left + width + 1` of the page, white outside of it.
+    struct Between
     {
         Ramp down;
-        down.slope = m_down;
-        down.base = fixed(m_rect.y + v / std::cos(m_radians) - m_rect.x * std::tan(m_radians));
-        const std::int64_t count = static_cast<std::int64_t>(m_between.size()) / m_channels;
-        const std::int64_t first = std::clamp<std::int64_t>(left, 0, m_page.width);
-        const std::int64_t last = std::clamp<std::int64_t>(left + count, first, m_page.width);
-        const auto at = [&](std::int64_t x) { return m_between.data() + (x - left) * m_channels; };
-        std::fill(m_between.begin(), m_between.end(), std::uint8_t { 255 });
-        for (std::int64_t x = first; x < last;) {
-            const std::int64_t end = down.nextStep(x, last);
-            const std::int64_t y = down.at(x) >> kShift;
-            mix(line(y) + x * m_channels, line(y + 1) + x * m_channels,
-                m_downParts.data() + x * m_channels, static_cast<std::uint16_t>(down.base), at(x),
-                (end - x) * m_channels);
+        Ramp along; ///< of x(u) - u
+        std::int64_t left = 0;
+        std::int64_t first = 0; ///< columns that are on the page
+        std::int64_t last = 0;
+        std::uint8_t* pixels = nullptr;
+    };
+
+    static double radiansOf(const TiltedRect& rect) { return rect.degrees * units::kPi / 180.0; }
+    static double tangent(const TiltedRect& rect) { return std::tan(radiansOf(rect)); }
+
+    void prepare(Between& row, int v, int place)
+    {
+        row.down = m_down;
+        row.down.base += fixed(v * m_nextDown);
+        row.along = m_along;
+        row.along.base += fixed(v * m_nextAlong);
+        row.left = row.along.base >> kShift;
+        row.first = std::clamp<std::int64_t>(row.left, 0, m_page.width);
+        row.last = std::clamp<std::int64_t>(row.left + m_width + 2, row.first, m_page.width);
+        row.pixels = m_between.data() + place * m_betweenBytes;
+        std::fill_n(row.pixels, (row.first - row.left) * m_channels, std::uint8_t { 255 });
+    }
+
+    /// Columns `from` to `to - 1`, of those that are on the page.
+    void columns(Between& row, std::int64_t from, std::int64_t to)
+    {
+        const std::int64_t last = std::min(to, row.last);
+        for (std::int64_t x = from; x < last; x += kLineBytes / m_channels) {
+            const std::int64_t y = (row.down.at(x) >> kShift) + kBlockRows + 1;
+            __builtin_prefetch(line(y) + x * m_channels, 0, 2);
+        }
+        for (std::int64_t x = std::max(from, row.first); x < last;) {
+            const std::int64_t end = row.down.nextStep(x, last);
+            const std::int64_t y = row.down.at(x) >> kShift;
+            m_loops.mix(line(y) + x * m_channels, line(y + 1) + x * m_channels,
+                m_downParts.data() + x * m_channels, static_cast<std::uint16_t>(row.down.base),
+                row.pixels + (x - row.left) * m_channels,
+                static_cast<std::size_t>((end - x) * m_channels),
+                static_cast<std::size_t>(
+                    std::min<std::int64_t>(kSpare, (m_page.width - end) * m_channels)));
             x = end;
         }
     }
+
+    void along(const Between& row, std::uint8_t* out)
+    {
+        const std::int64_t behind = (row.left + m_width + 2 - row.last) * m_channels;
+        std::fill_n(row.pixels + (row.last - row.left) * m_channels, behind, std::uint8_t { 255 });
+        for (std::int64_t u = 0; u < m_width;) {
+            const std::int64_t end = row.along.nextStep(u, m_width);
+            const std::uint8_t* const a =
+                row.pixels + ((row.along.at(u) >> kShift) + u - row.left) * m_channels;
+            m_loops.mix(a, a + m_channels, m_alongParts.data() + u * m_channels,
+                static_cast<std::uint16_t>(row.along.base), out + u * m_channels,
+                static_cast<std::size_t>((end - u) * m_channels),
+                static_cast<std::size_t>(
+                    std::min<std::int64_t>(kSpare, (m_width - end) * m_channels)));
+            u = end;
+        }
+    }
+
     const std::uint8_t* line(std::int64_t y) const
     {
         return y >= 0 && y < m_page.height ? m_page.row(static_cast<int>(y)) : m_white.data();
     }
 
     const Page& m_page;
-    const TiltedRect m_rect;
-    const double m_radians;
+    const RowLoops& m_loops;
     const std::int64_t m_channels;
     const std::int64_t m_width;
-    const std::int64_t m_down;
-    const std::int64_t m_along;
+    const Ramp m_down; ///< of row 0 of the result, and what each further one adds to its base
+    const double m_nextDown;
+    const Ramp m_along;
+    const double m_nextAlong;
     const std::vector<std::uint16_t> m_downParts;
     const std::vector<std::uint16_t> m_alongParts;
     const std::vector<std::uint8_t> m_white;
+    const std::int64_t m_betweenBytes; ///< of one row
     std::vector<std::uint8_t> m_between;
+    std::array<Between, kBlockRows> m_block;
 };
 
 void turnBits(const Page& page, const TiltedRect& rect, Page& result)
@@ -190,8 +229,8 @@ void extractInto(const Page& page, const TiltedRect& rect, Page& result)
         return;
     }
     Turn turn(page, rect, result.width, page.format == PixelFormat::kRgb ? 3 : 1);
-    for (int v = 0; v < result.height; ++v) {
-        turn.row(v, result.row(v));
+    for (int v = 0; v < result.height; v += kBlockRows) {
+        turn.rows(v, std::min(kBlockRows, result.height - v), result);
     }
 }
 

@@ -3,6 +3,7 @@
 #include "scanlib/page/ops/levels.h"
 #include "scanlib/page/ops/page_sample.h"
 #include "scanlib/page/ops/paper_map.h"
+#include "scanlib/page/ops/row_loops.h"
 
 #include <algorithm>
 #include <cmath>
@@ -93,25 +94,6 @@ Histogram histogramOf(const Page& page, Gains& gains)
     return histogram;
 }
 
-void lighten(std::uint8_t* row, const std::uint16_t* gains, std::size_t count)
-{
-    for (std::size_t i = 0; i < count; ++i) {
-        row[i] = static_cast<std::uint8_t>(lightened(row[i], gains[i]));
-    }
-}
-
-void stretch(std::uint8_t* row, const LevelStretch& levels, std::size_t count)
-{
-    const auto dark = static_cast<std::uint8_t>(levels.dark);
-    const auto light = static_cast<std::uint8_t>(levels.light);
-    const auto slope = static_cast<std::uint16_t>(65280 / (levels.light - levels.dark));
-    for (std::size_t i = 0; i < count; ++i) {
-        const auto above =
-            static_cast<std::uint8_t>(std::min(std::max(row[i], dark), light) - dark);
-        row[i] = static_cast<std::uint8_t>(static_cast<std::uint16_t>(above * slope + 128U) >> 8U);
-    }
-}
-
 } // namespace
 
 ToneTable toneTable(int brightness, int contrast, double gamma)
@@ -148,10 +130,10 @@ void applyTones(Page& page, const ToneRequest& request)
     for (int y = 0; y < page.height; ++y) {
         std::uint8_t* const row = page.row(y);
         if (gains.any()) {
-            lighten(row, gains.row(y), count);
+            rowLoops().lighten(row, gains.row(y), count);
         }
         if (levels) {
-            stretch(row, *levels, count);
+            rowLoops().stretch(row, levels->dark, levels->light, count);
         }
         if (table) {
             std::transform(

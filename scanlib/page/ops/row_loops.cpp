@@ -1,0 +1,26 @@
+#include "scanlib/page/ops/row_loops.h"
+
+#include <cstring>
+
+namespace {
+
+constexpr std::size_t kLanes = 8; // SSE2, NEON
+
+} // namespace
+
+#include "scanlib/page/ops/row_loops_source.h"
+
+namespace orva {
+
+const RowLoops& plainRowLoops()
+{
+    return kLoops;
+}
+
+const RowLoops& rowLoops()
+{
+    static const RowLoops& best = wideRowLoops() != nullptr ? *wideRowLoops() : plainRowLoops();
+    return best;
+}
+
+} // namespace orva
