@@ -15,15 +15,6 @@ TEST(Look, ApplicationIconHasEverySizeOnItsOwn)
     }
 }
 
-TEST(Look, IconsFollowTheStateOfTheirControl)
-{
-    look::install();
-    const QIcon tab = look::icon("settings");
-    EXPECT_NE(tab.pixmap(QSize(20, 20), QIcon::Normal, QIcon::On).toImage(),
-        tab.pixmap(QSize(20, 20), QIcon::Normal, QIcon::Off).toImage());
-    EXPECT_TRUE(look::icon("no such icon").isNull());
-}
-
 TEST(Look, EveryPictureOfTheStyleSheetExists)
 {
     look::install();

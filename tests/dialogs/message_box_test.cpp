@@ -117,26 +117,3 @@ TEST_F(MessageBoxTest, ShortTextKeepsTheGivenSizeAndLongTextIsReadable)
     tell("成功!");
     EXPECT_EQ(box.size(), QSize(200, 120)) << "shrinks again";
 }
-
-TEST_F(MessageBoxTest, CancelButtonComesWithTheScanAndGoesWithIt)
-{
-    for (const int code : { -1, -1, 0 }) {
-        box.ShowStatusInfo(code, 2, 1, -1);
-        EXPECT_EQ(buttons(), "取消  扫描");
-    }
-    EXPECT_EQ(box.text(), "已扫描页数:2\n已处理页数:1");
-    box.ShowStatusInfo(1, 2, 2, -1);
-    EXPECT_EQ(buttons(), "确 定");
-
-    box.ShowStatusInfo(-1, 0, 0, -1);
-    EXPECT_TRUE(box.ShowStatusError(1));
-    EXPECT_EQ(buttons(), "确 定");
-
-    box.ShowStatusInfo(-1, 0, 0, -1);
-    box.onCancelScan();
-    EXPECT_EQ(buttons(), "取消  扫描") << "nothing was clicked yet";
-    box.show();
-    QTest::mouseClick(box.cancelButton(), Qt::LeftButton);
-    EXPECT_EQ(buttons(), "");
-    EXPECT_FALSE(box.isVisible());
-}

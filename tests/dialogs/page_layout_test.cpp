@@ -128,36 +128,6 @@ TEST_F(PageLayoutTest, AScreenTooSmallScrollsButKeepsTheScanButton)
         QRect(ui.scanMainBtn->mapTo(&window, QPoint()), ui.scanMainBtn->size())));
 }
 
-TEST_F(PageLayoutTest, AnOpenedListShowsAllItsEntries)
-{
-    page(1);
-    for (QComboBox* list : { ui.scanSourceComBo, ui.colorModeComBo, ui.rotAngleComBox }) {
-        SCOPED_TRACE(list->objectName().toStdString());
-        list->showPopup();
-        QCoreApplication::processEvents();
-        const QAbstractItemView* view = list->view();
-        for (int row = 0; row < list->count(); ++row) {
-            EXPECT_TRUE(
-                view->viewport()->rect().contains(view->visualRect(view->model()->index(row, 0))))
-                << "entry " << row;
-        }
-        list->hidePopup();
-    }
-}
-
-TEST_F(PageLayoutTest, HiddenDeviceOptionsLeaveNoHole)
-{
-    page(1);
-    const int rowsBefore = ui.advancedCard->height();
-    for (QWidget* option : std::initializer_list<QWidget*> {
-             ui.label_filterColor, ui.ColorDropoutComBox, ui.ColorDropoutchkBox }) {
-        option->hide();
-    }
-    EXPECT_TRUE(QTest::qWaitFor(
-        [&] { return ui.advancedCard->height() <= rowsBefore - ui.MergeComBo->height(); }, 2000))
-        << ui.advancedCard->height() << " after " << rowsBefore;
-}
-
 TEST_F(PageLayoutTest, TabKeyReachesEveryControlOfAPageAndThenTheButtonsBelow)
 {
     window.activateWindow();

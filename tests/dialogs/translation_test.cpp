@@ -81,44 +81,6 @@ TEST_F(TranslationTest, FileDialogInAllItsForms)
     }
 }
 
-TEST_F(TranslationTest, QuestionsOfTheFileDialog)
-{
-    QTemporaryDir folder;
-    QFile file(folder.filePath("page.pdf"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    struct Case
-    {
-        QFileDialog::FileMode mode;
-        QFileDialog::AcceptMode accept;
-        const char *name, *part;
-    };
-    const Case cases[] = {
-        { QFileDialog::AnyFile, QFileDialog::AcceptSave, "page.pdf", "要替换它吗" },
-        { QFileDialog::ExistingFile, QFileDialog::AcceptOpen, "none.pdf", "找不到文件" },
-        { QFileDialog::Directory, QFileDialog::AcceptOpen, "none", "找不到文件夹" },
-    };
-    for (const Case& question : cases) {
-        SCOPED_TRACE(question.part);
-        QFileDialog dialog(nullptr, QString(), folder.path());
-        dialog.setOption(QFileDialog::DontUseNativeDialog);
-        dialog.setFileMode(question.mode);
-        dialog.setAcceptMode(question.accept);
-        dialog.show();
-        dialog.findChild<QLineEdit*>("fileNameEdit")->setText(QString::fromUtf8(question.name));
-        QString text;
-        QTimer answer;
-        QObject::connect(&answer, &QTimer::timeout, [&text] {
-            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
-                text = box->text();
-                box->reject();
-            }
-        });
-        answer.start(10);
-        QMetaObject::invokeMethod(&dialog, "accept");
-        EXPECT_TRUE(text.contains(QString::fromUtf8(question.part))) << text.toStdString();
-    }
-}
-
 TEST_F(TranslationTest, MenusButtonsAndCalendar)
 {
     QMessageBox box;

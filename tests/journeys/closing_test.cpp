@@ -5,42 +5,22 @@
 
 #include <gmock/gmock.h>
 
-#include <filesystem>
-
 using namespace std::chrono_literals;
-using ::testing::ElementsAre;
 
 namespace {
 
 class ClosingJourney : public Journey
 {
-protected:
-    WindowId deviceDialog()
-    {
-        start();
-        const WindowId devices = display().wait(titles::kDevices, 60s);
-        EXPECT_NE(devices, 0U);
-        return devices;
-    }
 };
 
 } // namespace
 
-TEST_F(ClosingJourney, deviceDialogByItsCancelButton)
-{
-    display().click(deviceDialog(), -40, -30);
-    expectCleanEnd();
-}
-
-TEST_F(ClosingJourney, deviceDialogByEscape)
-{
-    display().key(deviceDialog(), "Escape");
-    expectCleanEnd();
-}
-
 TEST_F(ClosingJourney, deviceDialogByItsTitleBar)
 {
-    display().pressCloseButton(deviceDialog());
+    start();
+    const WindowId devices = display().wait(titles::kDevices, 60s);
+    ASSERT_NE(devices, 0U);
+    display().pressCloseButton(devices);
     expectCleanEnd();
 }
 
@@ -53,16 +33,6 @@ TEST_F(ClosingJourney, mainWindowByItsButtonWritesTheSettings)
     EXPECT_EQ(setting("firstStart").toInt(), 1);
     EXPECT_EQ(setting("ScanDeviceName").toString(), QString(kVirtualScanner));
     EXPECT_TRUE(setting("IsTimeSave").toBool()) << "factory values";
-}
-
-TEST_F(ClosingJourney, mainWindowByItsTitleBarWritesTheSettings)
-{
-    writeSettings({ { "FileNameHead", "Kept" }, { "logicBoxSetLigh", 12 } });
-    openMainWindow();
-    display().pressCloseButton(mainWindow());
-    expectCleanEnd();
-    EXPECT_EQ(setting("FileNameHead").toString(), "Kept");
-    EXPECT_EQ(setting("logicBoxSetLigh").toInt(), 12);
 }
 
 TEST_F(ClosingJourney, titleBarWhileAScanRunsKeepsFinishedFiles)

@@ -40,18 +40,6 @@ protected:
 
 } // namespace
 
-TEST_F(FaultJourney, aFolderWithBlanksQuotesAndChineseIsMade)
-{
-    const std::string odd = Sandbox::home() + "/扫描 文件/it's \"new\" $HOME;`x`";
-    writeSettings({ { "FileSavePath", QString::fromStdString(odd) } });
-    loadSheets(1);
-    openMainWindow();
-    expectScanWorks(1, odd, { "Card-007.jpg", "Card-008.jpg" });
-    expectWholeCards(odd, 2);
-    closeByKey();
-    EXPECT_EQ(setting("FileSavePath").toString().toStdString(), odd);
-}
-
 TEST_F(FaultJourney, aReadOnlyFolderIsRefusedBeforePaperMoves)
 {
     const std::string documents = Sandbox::home() + "/Documents"; // where a first use writes
@@ -75,21 +63,6 @@ TEST_F(FaultJourney, aReadOnlyFolderIsRefusedBeforePaperMoves)
     pressScan();
     waitForFinishedJob();
     EXPECT_THAT(namesIn(documents + "/扫描文件"), ::testing::SizeIs(1)) << "one-sided by default";
-    closeByKey();
-}
-
-TEST_F(FaultJourney, aStoredFolderThatNoPathCanHoldGivesWayToTheUsersOwn)
-{
-    const std::string deep =
-        Sandbox::home() + "/" + std::string(120, 'a') + "/" + std::string(140, 'b');
-    writeSettings({ { "FileSavePath", QString::fromStdString(deep) } });
-    loadSheets(1);
-    openMainWindow();
-    EXPECT_THAT(Sandbox::runLog(),
-        HasSubstr("FileSavePath of the settings file is not usable and is left out"));
-    expectScanWorks(1, Sandbox::home() + "/Documents/扫描文件", { "Card-007.jpg", "Card-008.jpg" });
-    EXPECT_THAT(
-        namesIn(Sandbox::home()), ::testing::Not(::testing::Contains(std::string(120, 'a'))));
     closeByKey();
 }
 

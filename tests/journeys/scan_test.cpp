@@ -146,23 +146,6 @@ TEST_F(ScanJourney, multiPageTiffInBlackAndWhite)
     EXPECT_LT(cards::distance(page, truth), 0.5) << "the third page";
 }
 
-TEST_F(ScanJourney, theScannersOwnButtonStartsAScan)
-{
-    writeSettings();
-    loadSheets(1);
-    openMainWindow();
-    ASSERT_TRUE(application().waitForOutput("GetScannerKeyStatus() curButton=0", 10s));
-    scanner({ "press", "scan" });
-    const auto pressed = std::chrono::steady_clock::now();
-    ASSERT_TRUE(waitUntil(
-        [] { return Sandbox::runLog().find("starttime =  ") != std::string::npos; }, 10s));
-    // polled every 2000 ms, divided in test builds; the rest is what the start itself may take
-    EXPECT_LT(std::chrono::steady_clock::now() - pressed, 2000ms / TARVEX_TIME_DIVISOR + 1500ms);
-    waitForFinishedJob();
-    EXPECT_THAT(namesIn(folder()), ElementsAre("Card-007.jpg", "Card-008.jpg"));
-    closeByKey();
-}
-
 TEST_F(ScanJourney, aScannerThatSaneDrives)
 {
     const QString device = QStringLiteral("Noname frontend-tester");

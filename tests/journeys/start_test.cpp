@@ -79,19 +79,6 @@ TEST_F(StartJourney, firstStartThenASecondCopyThenACrash)
     closeDeviceDialog();
 }
 
-TEST_F(StartJourney, noDeviceCanOnlyBeCancelled)
-{
-    replaceLibrary(FakeSdk::fileOf(FakeSdk::Variant::kNoDevices));
-    start();
-    const WindowId devices = display().wait(titles::kDevices);
-    ASSERT_NE(devices, 0U);
-    ASSERT_TRUE(application().waitForOutput("getOnLineScanDevice-- end ", 10s));
-    display().click(devices, 40, 90); // where a device would stand
-    display().click(devices, -40, -30); // 取消
-    expectCleanEnd();
-    EXPECT_THAT(Sandbox::runLog(), Not(HasSubstr("onSelScanDeviceSig")));
-}
-
 TEST_F(StartJourney, withoutALibraryItCanBeClosed)
 {
     replaceLibrary({});

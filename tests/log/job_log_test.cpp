@@ -67,7 +67,7 @@ protected:
     Sandbox sandbox;
     std::string folder = Sandbox::path("作业 日志");
     std::string day = file("2024-3/tarvex-base-pro-2024_3_7.log");
-    TimePoint now = moment(2024, 3, 7, 14, 5, 9) + std::chrono::milliseconds(42);
+    TimePoint now = moment(2024, 3, 7, 14, 5, 9) + std::chrono::milliseconds(642);
     ITProLog log;
     InstituteOfInformation record;
 };
@@ -229,7 +229,7 @@ TEST_F(JobLogTest, TimesAndNamesFitTheirFields)
 {
     char text[256] = {};
     log.GetCurDayTime(text);
-    EXPECT_STREQ(text, "14:05:09:042");
+    EXPECT_STREQ(text, "14:05:09:642");
     log.GetCurYearMonth(text);
     EXPECT_STREQ(text, "2024-3");
     const ScopedEnvironment home("HOME", "/home/用户用户用户用户用户用户"); // 36 bytes

@@ -215,17 +215,6 @@ TEST_F(RunLog, StopwatchesMeasureUntilTheyAreTaken)
     EXPECT_EQ(log.StarTimer(5), 0) << "free again";
 }
 
-TEST_F(RunLog, ModuleFileNameIsTheExecutablesNameWithinItsBuffer)
-{
-    CLog log(0);
-    char name[64] = {};
-    EXPECT_EQ(log.LinuxGetModuleFileName(name, sizeof name), 0);
-    EXPECT_STREQ(name, "test_run_log");
-    EXPECT_EQ(log.LinuxGetModuleFileName(name, 5), 0);
-    EXPECT_STREQ(name, "test");
-    EXPECT_EQ(log.LinuxGetModuleFileName(nullptr, 5), -1);
-}
-
 TEST_F(RunLog, TheStreamLogWritesStampedTextAndTellsItsFaults)
 {
     EXPECT_EQ(CreateLogFile(nullptr), -604);

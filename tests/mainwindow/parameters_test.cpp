@@ -148,14 +148,9 @@ TEST_F(Parameters, SummaryOfThePreviewPageKeepsItsSwappedCaptions)
 {
     set({ { "fileNamePreEdit", "doc" }, { "rotAngleComBox", "左旋90度" } });
     window().onSetPreviewConfigInfo();
-    expect({ { "fileNameVL", "文件命名方式:时间" }, { "fileSameCoverVL", "文件同名覆盖:是" },
-        { "fileSepareteVL", "文件名分隔符:无" }, { "filePreSwitchVL", "文件命名前缀:doc" },
-        { "scanColorModeVL", "扫描颜色模式:彩色" }, { "scanSourceVL", "扫描源模式:ADF单面" },
-        { "scanPaperSizeVL", "扫描纸张类型:A4" }, { "scanDPISizeVL", "扫描DPI类型:200" },
-        { "autoCropVL", "自动裁切: 开" }, { "autoLevelVL", "自动色阶: 开" },
-        { "rotAngleVL", "旋转角度:左旋90度" }, { "constraVL", "对比度数值:自动" },
-        { "threholdValueVL", "对比度数值:自动" }, { "brightValueVL", "阈值数值:自动" },
-        { "gammaValueVL", "GAMMA数值:自动" } });
+    expect({ { "filePreSwitchVL", "文件命名前缀:doc" }, { "rotAngleVL", "旋转角度:左旋90度" },
+        { "constraVL", "对比度数值:自动" }, { "threholdValueVL", "对比度数值:自动" },
+        { "brightValueVL", "阈值数值:自动" }, { "gammaValueVL", "GAMMA数值:自动" } });
     set({ { "autopLevelchkBox", "false" }, { "autoCropChkBox", "false" },
         { "serialNameRadio", "true" }, { "sameNameAddNoRadio", "true" }, { "lightSpinBox", "-7" },
         { "constraSpinBox", "38" }, { "threholdSpinBox", "129" }, { "gammaSpinBox", "2.7" } });

@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <climits>
-
 using namespace rules;
 
 TEST(TimeStamp, HoursRunTo23AndForeignSeparatorsAreNotReadAsDateParts)
@@ -49,21 +47,6 @@ TEST(Serial, AfterAJobTheNextFreeNumberIsShown)
         EXPECT_EQ(next.grew, c.shownDigits != c.digits);
         EXPECT_EQ(next.exhausted, c.exhausted);
     }
-}
-
-TEST(SerialField, WhatTheFieldsTake)
-{
-    EXPECT_EQ(serialValidatorTop(9), 1000000000);
-    EXPECT_EQ(serialValidatorTop(10), INT_MAX);
-    for (const QString& text : { QString(), QString("A9"), QString(kSerialMaxLength, '9') }) {
-        EXPECT_TRUE(isPrefix(text) && isSerialStart(text)) << text.toStdString();
-    }
-    for (const char* text : { "扫描", "a/b", "a b", "😀", "../a", "a\n" }) {
-        EXPECT_FALSE(isPrefix(text) || isSerialStart(text)) << text;
-    }
-    EXPECT_TRUE(isPrefix(QString(kPrefixMaxLength, 'a')));
-    EXPECT_FALSE(isPrefix(QString(kPrefixMaxLength + 1, 'a')));
-    EXPECT_FALSE(isSerialStart(QString(kSerialMaxLength + 1, '1')));
 }
 
 TEST(ExampleName, HandWrittenNames)

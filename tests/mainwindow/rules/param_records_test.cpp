@@ -88,32 +88,3 @@ TEST(FileRecord, AFolderOf255BytesFitsAndAnotherByteLeavesTheRecordAlone)
     EXPECT_EQ(std::strlen(p.szFilePath), 255U);
     EXPECT_EQ(faultNotice(FileParamFault::kFolderTooLong).title, "路径异常");
 }
-
-TEST(SentParameters, LinesInTheirOrderAndWording)
-{
-    ImageParam image {};
-    image.bAutoLevel = image.bRemoveBlank = 1;
-    image.nContrast = 38;
-    image.nBrightness = -7;
-    image.nGamma = 1.1F;
-    image.nBlankThresoldValue = 55;
-    FileParam file {};
-    std::strcpy(file.szIndex, "007");
-    std::strcpy(file.szFileName, "doc");
-    std::strcpy(file.szFilePath, "/data/扫描 文件");
-    std::string lines;
-    for (const std::string& line : sentParameterLines(0, 2, image, file)) {
-        lines += line + '\n';
-    }
-    EXPECT_EQ(lines,
-        "# SDK SET color_mode = 0 #\n# SDK SET JPGQulity = 2 #\n"
-        "# SDK SET bAutoCropDeskew = 0 #\n# SDK SET bAutoLevel = 1 #\n"
-        "# SDK SET nContrast = 38 #\n# SDK SET nThresold = 0 #\n"
-        "# SDK SET nBrightness = -7 #\n# SDK SET nGamma = 1.100000 #\n"
-        "# SDK SET m_fileName.bTimeNamed = 0 #\n# SDK SET m_fileName.nTimeNamedType = 0 #\n"
-        "# SDK SET m_fileName.szIndex = 007 #\n# SDK SET m_fileName.bSameNameCover = 0 #\n"
-        "# SDK SET m_fileName.nFormatIndex = 0 #\n# SDK SET m_fileName.szFileName = doc #\n"
-        "# SDK SET m_fileName.szSeparator =  #\n# SDK SET m_fileName.nMultiPage = 0 #\n"
-        "# SDK SET m_fileName.szFilePath = /data/扫描 文件 #\n");
-    EXPECT_EQ(blankPageLine(image), "bRemoveBlank=1,nBlankThresoldValue=55\n");
-}
