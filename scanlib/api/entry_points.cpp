@@ -236,10 +236,11 @@ int GetCurResolution(int& x, int& y)
     return guarded([&] { return session().currentResolution(x, y); });
 }
 
-// No scanner that is driven here offers a choice of speed, over-scan or an upload of its own.
+// What the values of a speed, an over-scan and an upload would mean is told nowhere: rather than
+// guess at a driver's option, these say so.
 int SetScanSpeed(int /*speed*/)
 {
-    return kNotSupported;
+    return guarded([] { return session().notOffered(); });
 }
 
 int SetPrefeed(bool enable, float seconds)
@@ -255,12 +256,12 @@ int GetPrefeed(float* seconds)
 
 int GetOverScan()
 {
-    return kNotSupported;
+    return guarded([] { return session().notOffered(); });
 }
 
 int SetOverScanValue(int /*value1*/, int /*value2*/)
 {
-    return kNotSupported;
+    return guarded([] { return session().notOffered(); });
 }
 
 int HavePaper()
@@ -291,7 +292,8 @@ int GetPageParameters(_tagPageParameter* page)
 
 int UpLoad(int /*mode*/, const char* path)
 {
-    return path == nullptr ? kBadArgument : kNotSupported;
+    return guarded(
+        [&]() -> int { return path == nullptr ? kBadArgument : session().notOffered(); });
 }
 
 int Scan()

@@ -100,6 +100,8 @@ public:
     int scannerSleepTime(int& sleep, int& autoOff);
     int buttonStatus();
     int deviceInfo(std::string& json);
+    /// kNotSupported, once there is a scanner to say it of.
+    int notOffered();
 
     // session_scan.cpp: the job
     int scan();

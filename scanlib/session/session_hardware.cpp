@@ -16,10 +16,14 @@ int Session::prefeed(float& seconds)
     return withOpened(Need::kFreeScanner, [&]() -> int {
         DeviceTiming timing;
         const Status status = m_device->timing(timing);
-        if (status.ok()) {
-            seconds = timing.prefeedSeconds;
+        if (!status.ok()) {
+            return status.code();
         }
-        return status.code();
+        if (!timing.prefeedCapable) {
+            return kNotSupported;
+        }
+        seconds = timing.prefeedSeconds;
+        return kOk;
     });
 }
 
@@ -47,11 +51,16 @@ int Session::scannerSleepTime(int& sleep, int& autoOff)
     return withOpened(Need::kFreeScanner, [&]() -> int {
         DeviceTiming timing;
         const Status status = m_device->timing(timing);
-        if (status.ok()) {
-            sleep = timing.sleep.value;
-            autoOff = timing.autoOff.value;
+        if (!status.ok()) {
+            return status.code();
         }
-        return status.code();
+        if (!timing.sleep.enabled && !timing.autoOff.enabled) {
+            return kNotSupported;
+        }
+        // A time that the device does not keep stays as the caller has it.
+        sleep = timing.sleep.enabled ? timing.sleep.value : sleep;
+        autoOff = timing.autoOff.enabled ? timing.autoOff.value : autoOff;
+        return kOk;
     });
 }
 
@@ -64,6 +73,11 @@ int Session::buttonStatus()
         return status.ok() ? button : status.code();
     });
     return code == kBusy && hasJob(m_state) ? 0 : code;
+}
+
+int Session::notOffered()
+{
+    return with(Need::kScanner, [] { return kNotSupported; });
 }
 
 int Session::deviceInfo(std::string& json)

@@ -130,7 +130,7 @@ bool SaneDevice::findAgain()
 /// Sees to it that the scanner is open; quick when it is.
 Status SaneDevice::reach()
 {
-    if (m_link != nullptr && (m_link->ended() || isUnplugged(m_key))) {
+    if (m_link != nullptr && (m_link->ended() || isUnplugged(m_key, m_parts.usbFolder))) {
         drop();
     }
     Status status = openKey(m_key);

@@ -16,6 +16,7 @@ struct SaneParts
     SaneLimits limits;
     std::function<std::vector<BackendGroup>()> groups;
     std::filesystem::path models; ///< orva-sane-models.conf
+    std::string usbFolder = kUsbFolder;
 };
 
 class SaneDevice : public Device

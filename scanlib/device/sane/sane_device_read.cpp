@@ -139,6 +139,9 @@ Status SaneDevice::nextPage(Page& page, bool& endOfFeed, const CancelToken& canc
     if (!reading.stopped.ok() && !(complete && reading.stopped.code() == kCancelled)) {
         return reading.stopped;
     }
+    if (reading.status.code() == kDeviceIo && isUnplugged(m_key, m_parts.usbFolder)) {
+        return { kDeviceLost, reading.status.detail() + ", unplugged" };
+    }
     if (!reading.status.ok()) {
         return reading.status;
     }

@@ -134,9 +134,12 @@ Status SaneScanner::setTimes(int sleep, int autoOff)
     if (!isOpen()) {
         return { kNotInitialised, "not open" };
     }
-    const auto apply = [&](const Words& names, int value) -> Status {
+    const std::pair<const Words&, int> wishes[] = { { kSleepOptions, sleep },
+        { kAutoOffOptions, autoOff } };
+    std::vector<std::pair<std::string, int>> settings;
+    for (const auto& [names, value] : wishes) {
         if (value == -1) {
-            return {};
+            continue;
         }
         const SaneOption* option = m_options->findAny(names);
         if (option == nullptr || !option->settable()) {
@@ -145,11 +148,14 @@ Status SaneScanner::setTimes(int sleep, int autoOff)
         if (option->hasRange && (value < option->min || value > option->max)) {
             return { kValueOutOfRange, option->name };
         }
-        return m_options->setNumber(std::string(option->name), value);
-    };
-    const Status first = apply(kSleepOptions, sleep);
-    const Status second = apply(kAutoOffOptions, autoOff);
-    return first.ok() ? second : first;
+        settings.emplace_back(option->name, value);
+    }
+    for (const auto& [name, value] : settings) { // none, where one is refused
+        if (Status status = m_options->setNumber(name, value); !status.ok()) {
+            return status;
+        }
+    }
+    return {};
 }
 
 } // namespace orva

@@ -236,6 +236,7 @@ TEST_F(EntryPoints, beforeASelectionNothingIsAnsweredAndTextsAreEmpty)
     EXPECT_EQ(library.GetScannerSleepTime(x, x), kNoScannerSelected);
     EXPECT_EQ(library.GetPageParameters(&page), kNoScannerSelected);
     EXPECT_EQ(d + x + static_cast<double>(seconds), 21) << "values stay as they were";
+    EXPECT_EQ(library.GetOverScan(), kNoScannerSelected);
 
     ASSERT_TRUE(selectVirtual());
     EXPECT_EQ(library.GetScannerState(), 0);

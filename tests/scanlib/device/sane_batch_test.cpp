@@ -1,5 +1,6 @@
 // Batches of a SANE scanner: ends, faults, one cancel, silence, a helper that is gone.
 #include "tests/scanlib/device/script_fixture.h"
+#include "tests/scanlib/temporary_folder.h"
 
 #include <gmock/gmock.h>
 
@@ -166,6 +167,25 @@ TEST_F(SaneBatch, ADeadHandleIsClosedAndTheNextJobOpensTheScannerAnew)
     ASSERT_EQ(configure().code(), orva::kOk);
     EXPECT_THAT(runJob(), ElementsAre(30, 1000));
     EXPECT_EQ(m_script.count("open script:0"), 2);
+}
+
+TEST_F(SaneBatch, AScannerThatIsUnpluggedInAJobIsToldFromABrokenTransfer)
+{
+    const TemporaryFolder usb;
+    std::filesystem::create_directory(usb.path() / "1-4");
+    writeFile(usb.path() / "1-4" / "busnum", "1\n");
+    writeFile(usb.path() / "1-4" / "devnum", "12\n");
+    m_parts.usbFolder = usb.path().string();
+    m_script.devices = { { "script:libusb:001:012", "Paperlane", "P100", "sheetfed scanner" } };
+    ScriptFrame broken = grayFrame(4, 6, 10);
+    broken.reads[1].status = SANE_STATUS_IO_ERROR;
+    open();
+    for (const bool unplugged : { false, true }) {
+        m_script.frames = { broken };
+        ASSERT_EQ(configure().code(), orva::kOk);
+        writeFile(usb.path() / "1-4" / "devnum", unplugged ? "13\n" : "12\n");
+        EXPECT_THAT(runJob(), ElementsAre(unplugged ? orva::kDeviceLost : orva::kDeviceIo));
+    }
 }
 
 TEST_F(SaneBatch, AFeederThatNeverRunsEmptyEndsTheJob)

@@ -116,28 +116,16 @@ public:
     }
     Status timing(DeviceTiming& result) override
     {
-        result = m_timing;
+        result = m_script.timing;
         return {};
     }
-    Status setTimes(int sleep, int autoOff) override
-    {
-        m_timing.sleep.value = sleep < 0 ? m_timing.sleep.value : sleep;
-        m_timing.autoOff.value = autoOff < 0 ? m_timing.autoOff.value : autoOff;
-        return {};
-    }
-    Status setPrefeed(bool enable, float seconds) override
-    {
-        m_timing.prefeedEnabled = enable;
-        m_timing.prefeedSeconds = seconds;
-        return {};
-    }
+    Status setTimes(int /*sleep*/, int /*autoOff*/) override { return {}; }
+    Status setPrefeed(bool /*enable*/, float /*seconds*/) override { return {}; }
 
 private:
     DeviceScript& m_script;
     DeviceIdentity m_identity;
     std::vector<PaperSource> m_sources;
-    DeviceTiming m_timing { { true, 1, 60, 1, 'm', 15 }, { true, 0, 24, 1, 'h', 4 }, true, false,
-        2.0F, true };
     std::mutex m_mutex;
     std::condition_variable m_wake;
     bool m_cancelled = false;

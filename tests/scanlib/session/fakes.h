@@ -30,6 +30,7 @@ struct DeviceScript
     std::map<int, orva::ResultCode> faultAtSide;
     bool paper = true;
     int button = 0;
+    orva::DeviceTiming timing { { true, 1, 60, 1, 'm', 15 }, {}, true, false, 2.0F, true };
 
     std::atomic<bool> openHangs { false }; ///< until it is cancelled, or 10 s
 

@@ -122,4 +122,17 @@ TEST_F(SessionTest, theDeviceIsOpenedOnceAndOnlyWhenItIsAsked)
     EXPECT_EQ(device.opens, 1);
     device.paper = false;
     EXPECT_EQ(fresh.havePaper(), 0);
+
+    int sleep = 7;
+    int autoOff = 7;
+    float seconds = 7;
+    EXPECT_EQ(fresh.scannerSleepTime(sleep, autoOff), kOk);
+    EXPECT_EQ(sleep, 15);
+    EXPECT_EQ(autoOff, 7) << "a time that the device does not keep";
+    EXPECT_EQ(fresh.prefeed(seconds), kOk);
+    EXPECT_EQ(seconds, 2);
+    device.timing = {};
+    EXPECT_EQ(fresh.scannerSleepTime(sleep, autoOff), kNotSupported);
+    EXPECT_EQ(fresh.prefeed(seconds), kNotSupported);
+    EXPECT_EQ(sleep + autoOff + static_cast<int>(seconds), 15 + 7 + 2);
 }
