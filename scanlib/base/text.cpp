@@ -24,11 +24,6 @@ void copyText(std::string_view text, char* out, std::size_t size)
     out[fitting.size()] = '\0';
 }
 
-std::string textOfArray(const char* array, std::size_t size)
-{
-    return { array, strnlen(array, size) };
-}
-
 bool isTerminated(const char* array, std::size_t size)
 {
     return strnlen(array, size) < size;

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -14,9 +13,6 @@ std::string_view utf8Prefix(std::string_view text, std::size_t maxBytes);
 /// Copies as much as fits, always with a terminator, never half a character. size counts the
 /// terminator and is at least 1.
 void copyText(std::string_view text, char* out, std::size_t size);
-
-/// The text up to its terminator, or all of the array when it has none.
-std::string textOfArray(const char* array, std::size_t size);
 
 /// false when a terminator is missing.
 bool isTerminated(const char* array, std::size_t size);

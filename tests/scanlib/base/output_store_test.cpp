@@ -50,39 +50,6 @@ TEST(OutputStore, addsNumbersBeforeTheExtensionOrReplaces)
     EXPECT_EQ(namesIn(folder.path()), (std::vector<std::string> { "a.txt", "a_2.txt", "a_3.txt" }));
 }
 
-TEST(OutputStore, nothingIsVisibleBeforeTheCommitNorLeftWithoutOne)
-{
-    const TemporaryFolder folder;
-    for (const SameName mode : { SameName::kAddNumber, SameName::kReplace }) {
-        OutputStore store(folder.path(), mode);
-        {
-            Reservation place;
-            ASSERT_TRUE(store.reserve("a", "txt", place).ok());
-            writeFile(place.hiddenFile(), "half");
-            for (const std::string& name : namesIn(folder.path())) {
-                EXPECT_EQ(name.front(), '.') << name;
-            }
-        }
-        EXPECT_TRUE(namesIn(folder.path()).empty());
-    }
-}
-
-TEST(OutputStore, aNameThatAnotherProgramTookMeanwhileIsLeftToIt)
-{
-    const TemporaryFolder folder;
-    OutputStore store(folder.path(), SameName::kAddNumber);
-    Reservation place;
-    ASSERT_TRUE(store.reserve("a", "txt", place).ok());
-    writeFile(place.hiddenFile(), "ours");
-    writeFile(folder.path() / "a.txt", "theirs");
-    std::filesystem::path file;
-    ASSERT_TRUE(store.commit(place, file).ok());
-    EXPECT_EQ(file.filename(), "a_2.txt");
-    EXPECT_EQ(contentOf(folder.path() / "a.txt"), "theirs");
-    EXPECT_EQ(contentOf(file), "ours");
-    EXPECT_EQ(namesIn(folder.path()).size(), 2U);
-}
-
 TEST(OutputStore, jobsAndProcessesThatRaceForOneNameLoseNothing)
 {
     constexpr int kFiles = 40;

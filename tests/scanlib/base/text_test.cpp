@@ -17,13 +17,7 @@ TEST(Text, copyEndsBetweenCharactersAndWithATerminator)
         EXPECT_EQ(std::string(buffer.c_str()), expected) << size;
         EXPECT_EQ(buffer.back(), '#') << "wrote past " << size;
     }
-}
-
-TEST(Text, bytesThatAreNoCharactersDoNotEmptyAText)
-{
-    EXPECT_EQ(utf8Prefix("\x80\x80\x80", 2), "");
-    EXPECT_EQ(utf8Prefix("abc", 3), "abc");
+    EXPECT_EQ(utf8Prefix("\x80\x80\x80", 2), "") << "no character begins here";
     const char full[] = { 'a', 'b' };
     EXPECT_FALSE(isTerminated(full, sizeof(full)));
-    EXPECT_EQ(textOfArray(full, sizeof(full)), "ab");
 }

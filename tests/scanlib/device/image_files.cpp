@@ -1,15 +1,11 @@
 #include "tests/scanlib/device/image_files.h"
 
-// jpeglib.h wants stdio before it
-// clang-format off
-#include <cstdio>
-#include <jpeglib.h>
-// clang-format on
-
+#include <gtest/gtest.h>
 #include <png.h>
-#include <tiffio.h>
 
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <fstream>
 
 namespace device_tests {
@@ -49,33 +45,6 @@ Page plain(int width, int height, std::uint8_t gray, double dpi)
     return page;
 }
 
-void writeJpeg(const std::filesystem::path& file, const Page& page)
-{
-    jpeg_compress_struct jpeg {};
-    jpeg_error_mgr errors {};
-    jpeg.err = jpeg_std_error(&errors);
-    jpeg_create_compress(&jpeg);
-    std::FILE* stream = std::fopen(file.c_str(), "wb");
-    jpeg_stdio_dest(&jpeg, stream);
-    jpeg.image_width = static_cast<JDIMENSION>(page.width);
-    jpeg.image_height = static_cast<JDIMENSION>(page.height);
-    jpeg.input_components = page.format == PixelFormat::kGray ? 1 : 3;
-    jpeg.in_color_space = page.format == PixelFormat::kGray ? JCS_GRAYSCALE : JCS_RGB;
-    jpeg_set_defaults(&jpeg);
-    jpeg_set_quality(&jpeg, 95, TRUE);
-    jpeg.density_unit = page.dpiX > 0 ? 1 : 0;
-    jpeg.X_density = static_cast<UINT16>(page.dpiX);
-    jpeg.Y_density = static_cast<UINT16>(page.dpiY);
-    jpeg_start_compress(&jpeg, TRUE);
-    for (int y = 0; y < page.height; ++y) {
-        JSAMPROW row = const_cast<JSAMPROW>(page.row(y));
-        jpeg_write_scanlines(&jpeg, &row, 1);
-    }
-    jpeg_finish_compress(&jpeg);
-    jpeg_destroy_compress(&jpeg);
-    std::fclose(stream);
-}
-
 void writePng(const std::filesystem::path& file, const Page& page)
 {
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
@@ -108,40 +77,18 @@ void writePnm(const std::filesystem::path& file, const Page& page)
         static_cast<std::streamsize>(page.pixels.size()));
 }
 
-void writeTiff(const std::filesystem::path& file, const std::vector<Page>& pages, bool g4)
+void writeConverted(
+    const std::filesystem::path& file, const std::vector<Page>& pages, const std::string& options)
 {
-    TIFF* tiff = TIFFOpen(file.c_str(), "w");
-    for (const Page& page : pages) {
-        const bool gray = page.format == PixelFormat::kGray;
-        TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, page.width);
-        TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, page.height);
-        TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, g4 ? 1 : 8);
-        TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, gray ? 1 : 3);
-        TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC,
-            g4         ? PHOTOMETRIC_MINISWHITE
-                : gray ? PHOTOMETRIC_MINISBLACK
-                       : PHOTOMETRIC_RGB);
-        TIFFSetField(tiff, TIFFTAG_COMPRESSION, g4 ? COMPRESSION_CCITTFAX4 : COMPRESSION_LZW);
-        TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
-        TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, 16);
-        TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
-        TIFFSetField(tiff, TIFFTAG_XRESOLUTION, page.dpiX);
-        TIFFSetField(tiff, TIFFTAG_YRESOLUTION, page.dpiY);
-        for (int y = 0; y < page.height; ++y) {
-            std::vector<std::uint8_t> row(page.row(y), page.row(y) + page.stride());
-            if (g4) {
-                std::vector<std::uint8_t> bits(row.size() / 8 + 1);
-                for (std::size_t x = 0; x < row.size(); ++x) {
-                    bits[x / 8] = static_cast<std::uint8_t>(
-                        bits[x / 8] | (row[x] < 128 ? 0x80 >> (x % 8) : 0));
-                }
-                row = bits;
-            }
-            TIFFWriteScanline(tiff, row.data(), static_cast<std::uint32_t>(y));
-        }
-        TIFFWriteDirectory(tiff);
+    std::string command = "convert -units PixelsPerInch";
+    for (std::size_t i = 0; i < pages.size(); ++i) {
+        const std::string source = file.string() + "." + std::to_string(i) + ".pnm";
+        writePnm(source, pages[i]);
+        const std::string density = std::to_string(std::lround(pages[i].dpiX));
+        command.append(" -density ").append(density).append(" '").append(source).append("'");
     }
-    TIFFClose(tiff);
+    command.append(" ").append(options).append(" '").append(file.string()).append("'");
+    EXPECT_EQ(std::system(command.c_str()), 0) << command;
 }
 
 std::vector<int> quarterColor(const Page& page, int quarter)

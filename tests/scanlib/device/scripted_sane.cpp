@@ -88,7 +88,9 @@ const SANE_Option_Descriptor* doDescriptor(SANE_Handle, SANE_Int index)
         return nullptr;
     }
     const ScriptOption& option = g_script->options.at(static_cast<std::size_t>(index) - 1);
-    auto descriptor = std::make_unique<SANE_Option_Descriptor>();
+    g_script->described.emplace_back(); // the driver's, until the end of the test
+    ScriptedSane::Described& described = g_script->described.back();
+    SANE_Option_Descriptor* const descriptor = &described.descriptor;
     descriptor->name = option.name.c_str();
     descriptor->title = descriptor->desc = "";
     descriptor->type = option.type;
@@ -97,34 +99,25 @@ const SANE_Option_Descriptor* doDescriptor(SANE_Handle, SANE_Int index)
     descriptor->cap = SANE_CAP_SOFT_DETECT | (option.settable ? SANE_CAP_SOFT_SELECT : 0);
     descriptor->constraint_type = SANE_CONSTRAINT_NONE;
     if (!option.texts.empty()) {
-        auto list = std::make_unique<std::vector<const char*>>();
         for (const std::string& text : option.texts) {
-            list->push_back(text.c_str());
+            described.texts.push_back(text.c_str());
         }
-        list->push_back(nullptr);
+        described.texts.push_back(nullptr);
         descriptor->constraint_type = SANE_CONSTRAINT_STRING_LIST;
-        descriptor->constraint.string_list = list->data();
-        g_script->textLists.push_back(std::move(list));
+        descriptor->constraint.string_list = described.texts.data();
     } else if (!option.numbers.empty()) {
-        auto list = std::make_unique<std::vector<SANE_Word>>();
-        list->push_back(static_cast<SANE_Word>(option.numbers.size()));
+        described.numbers.push_back(static_cast<SANE_Word>(option.numbers.size()));
         for (const int number : option.numbers) {
-            list->push_back(wordOf(option, number));
+            described.numbers.push_back(wordOf(option, number));
         }
         descriptor->constraint_type = SANE_CONSTRAINT_WORD_LIST;
-        descriptor->constraint.word_list = list->data();
-        g_script->wordLists.push_back(std::move(list));
+        descriptor->constraint.word_list = described.numbers.data();
     } else if (option.max > option.min) {
-        auto range = std::make_unique<SANE_Range>();
-        range->min = wordOf(option, option.min);
-        range->max = wordOf(option, option.max);
-        range->quant = 0;
+        described.range = { wordOf(option, option.min), wordOf(option, option.max), 0 };
         descriptor->constraint_type = SANE_CONSTRAINT_RANGE;
-        descriptor->constraint.range = range.get();
-        g_script->ranges.push_back(std::move(range));
+        descriptor->constraint.range = &described.range;
     }
-    g_script->descriptors.push_back(std::move(descriptor));
-    return g_script->descriptors.back().get();
+    return descriptor;
 }
 
 SANE_Status doControl(SANE_Handle, SANE_Int index, SANE_Action action, void* value, SANE_Int* info)

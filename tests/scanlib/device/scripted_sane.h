@@ -94,10 +94,14 @@ public:
     bool cancelled = false;
     ScriptFrame current;
     std::size_t nextRead = 0;
-    std::vector<std::unique_ptr<SANE_Option_Descriptor>> descriptors;
-    std::vector<std::unique_ptr<std::vector<const char*>>> textLists;
-    std::vector<std::unique_ptr<std::vector<SANE_Word>>> wordLists;
-    std::vector<std::unique_ptr<SANE_Range>> ranges;
+    struct Described
+    {
+        SANE_Option_Descriptor descriptor {};
+        std::vector<const char*> texts;
+        std::vector<SANE_Word> numbers;
+        SANE_Range range {};
+    };
+    std::deque<Described> described;
 };
 
 } // namespace device_tests

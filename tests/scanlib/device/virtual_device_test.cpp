@@ -131,8 +131,9 @@ TEST_F(VirtualScanner, BothSidesOfASheetComeFrontFirstAndAnUnprintedBackIsWhite)
 
 TEST_F(VirtualScanner, PagesOfATiffAreSheetsAndAJobThatStopsGoesOnThere)
 {
-    writeTiff(tray("a.tif"),
-        { plain(50, 50, 1, 127), plain(50, 50, 2, 127), plain(50, 50, 3, 127) }, false);
+    writeConverted(m_folder.path() / "a.tif",
+        { plain(50, 50, 1, 127), plain(50, 50, 2, 127), plain(50, 50, 3, 127) });
+    fs::copy(m_folder.path() / "a.tif", tray("a.tif"));
     arm([](auto& faults) { faults.jamSheet = 2; });
     EXPECT_THAT(runJob(kFeeder), ElementsAre(1, orva::kPaperJam));
     EXPECT_THAT(runJob(kFeeder), ElementsAre(2, 3, 1000));
@@ -157,34 +158,43 @@ TEST_F(VirtualScanner, SamplesServeWhileTheTrayIsEmptyAndAreNeverUsedUp)
 
 TEST_F(VirtualScanner, FaultsComeAtTheirSheetAndLeaveTheRestOfThePaper)
 {
-    const auto refill = [&] {
+    using orva::ScannerFaults;
+    const struct
+    {
+        std::function<void(ScannerFaults&)> change;
+        bool doubleFeed; ///< is watched for
+        std::vector<int> seen;
+        std::vector<int> seenNext;
+    } cases[] = {
+        { [](ScannerFaults& faults) { faults.jamSheet = 2; }, false, { 10, orva::kPaperJam },
+            { 20, 30, 1000 } },
+        { [](ScannerFaults& faults) { faults.doubleFeedSheet = 3; }, true,
+            { 10, 20, orva::kDoubleFeed }, { 30, 1000 } },
+        { [](ScannerFaults& faults) { faults.doubleFeedSheet = 3; }, false, { 10, 20, 30, 1000 },
+            { orva::kNoPaper } },
+        { [](ScannerFaults& faults) { faults.coverOpen = true; }, false, { orva::kCoverOpen },
+            { orva::kCoverOpen } },
+        { [](ScannerFaults& faults) {
+             faults.hangSheet = 3;
+             faults.hangMs = 50;
+         },
+            false, { 10, 20, orva::kDeviceTimeout }, { 30, 1000 } },
+    };
+    for (const auto& each : cases) {
         put("a.png", 10);
         put("b.png", 20);
         put("c.png", 30);
-    };
-    refill();
-    arm([](auto& faults) { faults.jamSheet = 2; });
-    EXPECT_THAT(runJob(kFeeder), ElementsAre(10, orva::kPaperJam));
-    EXPECT_THAT(runJob(kFeeder), ElementsAre(20, 30, 1000)); // cleared by the jam itself
-
-    refill();
-    arm([](auto& faults) { faults.doubleFeedSheet = 3; });
-    EXPECT_THAT(runJob(kFeeder, true), ElementsAre(10, 20, orva::kDoubleFeed));
-    EXPECT_THAT(runJob(kFeeder, true), ElementsAre(30, 1000));
-
-    refill();
-    arm([](auto& faults) { faults.coverOpen = true; });
-    EXPECT_THAT(runJob(kFeeder), ElementsAre(orva::kCoverOpen));
-    arm([](auto& faults) {
-        faults.coverOpen = false;
-        faults.hangSheet = 3;
-        faults.hangMs = 50;
-    });
-    EXPECT_THAT(runJob(kFeeder), ElementsAre(10, 20, orva::kDeviceTimeout));
-    writeFile(tray("c.png"), "");
-    arm([](auto& faults) { faults = {}; });
+        arm([&](ScannerFaults& faults) {
+            faults = {};
+            each.change(faults);
+        });
+        EXPECT_EQ(runJob(kFeeder, each.doubleFeed), each.seen);
+        EXPECT_EQ(runJob(kFeeder, each.doubleFeed), each.seenNext);
+    }
+    arm([](ScannerFaults& faults) { faults = {}; });
+    writeFile(tray("a.png"), "");
     EXPECT_THAT(runJob(kFeeder), ElementsAre(orva::kDamagedPage));
-    EXPECT_TRUE(fs::exists(tray("c.png"))) << "a damaged sheet stays in the tray";
+    EXPECT_TRUE(fs::exists(tray("a.png"))) << "a damaged sheet stays in the tray";
 }
 
 TEST_F(VirtualScanner, UnpluggedDuringAJobItIsGoneUntilPluggedIn)
@@ -307,7 +317,7 @@ protected:
     }
 };
 
-TEST_F(VirtualScannerCommand, LoadsInTheOrderGivenAndTakesOut)
+TEST_F(VirtualScannerCommand, LoadsFilesAndFoldersInOrderAndTakesOut)
 {
     const std::string files =
         source("z-front.png", 1) + source("z-back.png", 2) + source("a.png", 3);
@@ -319,6 +329,16 @@ TEST_F(VirtualScannerCommand, LoadsInTheOrderGivenAndTakesOut)
     ASSERT_EQ(command("load --again"), 0);
     ASSERT_EQ(command("unload"), 0);
     EXPECT_THAT(runJob(kFeeder), ElementsAre(orva::kNoPaper));
+
+    const auto folder = m_folder.path() / "sheets"; // stands for its images
+    fs::create_directories(folder);
+    writePng(folder / "b.png", plain(50, 50, 2, 127));
+    writePng(folder / "a.png", plain(50, 50, 1, 127));
+    writeFile(folder / "notes.txt", "notes");
+    writeFile(tray(".999999999-0.new"), "of a command that was stopped");
+    ASSERT_EQ(command("load '" + folder.string() + "'"), 0);
+    EXPECT_FALSE(fs::exists(tray(".999999999-0.new")));
+    EXPECT_THAT(runJob(kFeeder), ElementsAre(1, 2, 1000));
 }
 
 TEST_F(VirtualScannerCommand, WrongWordsPutNoSheetInAndSayWhy)
@@ -327,7 +347,7 @@ TEST_F(VirtualScannerCommand, WrongWordsPutNoSheetInAndSayWhy)
     writeFile(m_folder.path() / "notes.txt", "notes");
     const std::string notes = "'" + (m_folder.path() / "notes.txt").string() + "'";
     const auto bare = m_folder.path() / "bare";
-    std::filesystem::create_directories(bare);
+    fs::create_directories(bare);
     struct Row
     {
         std::string arguments;
@@ -344,20 +364,7 @@ TEST_F(VirtualScannerCommand, WrongWordsPutNoSheetInAndSayWhy)
         EXPECT_EQ(command(row.arguments, &text), row.code);
         EXPECT_THAT(text, testing::HasSubstr(row.text));
     }
-    EXPECT_TRUE(std::filesystem::is_empty(store().tray()));
-}
-
-TEST_F(VirtualScannerCommand, AFolderStandsForItsImagesAndCopiesLeftBehindAreCleared)
-{
-    const auto folder = m_folder.path() / "sheets";
-    std::filesystem::create_directories(folder);
-    writePng(folder / "b.png", plain(50, 50, 2, 127));
-    writePng(folder / "a.png", plain(50, 50, 1, 127));
-    writeFile(folder / "notes.txt", "notes");
-    writeFile(store().tray() / ".999999999-0.new", "of a command that was stopped");
-    ASSERT_EQ(command("load '" + folder.string() + "'"), 0);
-    EXPECT_FALSE(std::filesystem::exists(store().tray() / ".999999999-0.new"));
-    EXPECT_THAT(runJob(kFeeder), ElementsAre(1, 2, 1000));
+    EXPECT_TRUE(fs::is_empty(store().tray()));
 }
 
 /// Each press and each change must survive: none is overwritten by the other process.

@@ -22,20 +22,18 @@ namespace {
 class AnyOrder : public SessionTest
 {
 protected:
-    void waitForRecovery()
+    /// Pages 1 and so on in the journal, as a job has them in no file yet.
+    static std::vector<EncodedPage> store(JobJournal& journal, int count)
     {
-        const auto deadline = std::chrono::steady_clock::now() + 20s;
-        while (!namesIn(folder.path() / "spool").empty()
-            && std::chrono::steady_clock::now() < deadline) {
-            std::this_thread::sleep_for(2ms);
+        std::vector<EncodedPage> stored(static_cast<std::size_t>(count));
+        for (int number = 1; number <= count; ++number) {
+            EncodedPage& page = stored[static_cast<std::size_t>(number) - 1];
+            const std::string text = "page " + std::to_string(number) + "\n";
+            page.number = number;
+            page.bytes.assign(text.begin(), text.end());
+            EXPECT_TRUE(journal.store(page).ok());
         }
-    }
-    EncodedPage page(int number, const std::string& text)
-    {
-        EncodedPage result;
-        result.number = number;
-        result.bytes.assign(text.begin(), text.end());
-        return result;
+        return stored;
     }
     OutputSettings settings() const
     {
@@ -109,19 +107,6 @@ TEST_F(AnyOrder, whatIsReportedIsSavedOnceAndNothingElse)
     EXPECT_GT(failed, 15) << "the test must meet faults";
 }
 
-TEST_F(AnyOrder, theNamesOfRecoveredPagesGoOnWhereTheJobStopped)
-{
-    device.sheets = 5;
-    pages.failWriterAtPage = 3;
-    EXPECT_EQ(session->scan(), kDiskFull);
-    const int reported = Recorder::instance().count(1);
-    pages.failWriterAtPage = 0;
-    restart();
-    ASSERT_TRUE(waitForFiles(static_cast<std::size_t>(reported)));
-    EXPECT_EQ(savedPages(), upTo(reported)) << "in the order of their names";
-    EXPECT_EQ(visibleNames().back(), "00" + std::to_string(reported) + "_恢复.jpg");
-}
-
 TEST_F(AnyOrder, recoveredFilesHaveTheNamesTheyWouldHaveHad)
 {
     session.reset();
@@ -154,9 +139,7 @@ TEST_F(AnyOrder, recoveredFilesHaveTheNamesTheyWouldHaveHad)
         {
             JobJournal dead;
             ASSERT_TRUE(dead.begin(spool, wanted).ok());
-            for (int number = 1; number <= 2; ++number) {
-                EncodedPage stored = page(number, "page " + std::to_string(number) + "\n");
-                ASSERT_TRUE(dead.store(stored).ok());
+            for (const EncodedPage& stored : store(dead, 2)) {
                 std::tm noon {};
                 noon.tm_year = 2024 - 1900;
                 noon.tm_mday = 2;
@@ -184,13 +167,7 @@ TEST_F(AnyOrder, recoveryPassesOverADamagedPayloadAndSavesTheOthers)
     {
         JobJournal dead;
         ASSERT_TRUE(dead.begin(spool, settings()).ok());
-        for (int number = 1; number <= 3; ++number) {
-            EncodedPage stored = page(number, "page " + std::to_string(number) + "\n");
-            ASSERT_TRUE(dead.store(stored).ok());
-            if (number == 2) {
-                std::filesystem::resize_file(stored.file, 0); // the power went
-            }
-        }
+        std::filesystem::resize_file(store(dead, 3)[1].file, 0); // the power went
     }
     EXPECT_EQ(recoverJobs(spool, fakeTools(pages), CancelToken()), 2);
     EXPECT_EQ(savedPages(), (std::vector<int> { 1, 3 }));
@@ -201,10 +178,7 @@ TEST_F(AnyOrder, aCommitThatFailedTakesNoPageWithIt)
     session.reset();
     JobJournal journal;
     ASSERT_TRUE(journal.begin(folder.path() / "spool", settings()).ok());
-    std::vector<EncodedPage> all { page(1, "one"), page(2, "two") };
-    for (EncodedPage& each : all) {
-        ASSERT_TRUE(journal.store(each).ok());
-    }
+    const std::vector<EncodedPage> all = store(journal, 2);
     const std::filesystem::path hidden = output / ".007.pdf.part";
     const std::filesystem::path file = output / "007.pdf";
     writeFile(hidden, "both");

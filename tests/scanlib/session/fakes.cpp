@@ -57,9 +57,10 @@ public:
         return {};
     }
     const std::vector<PaperSource>& sources() const override { return m_sources; }
-    Status configure(const AcquireSettings& /*settings*/) override
+    Status configure(const AcquireSettings& settings) override
     {
         const InsideDevice inside(m_script);
+        m_script.settings = settings;
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_cancelled = false;
         m_side = 0;
@@ -71,6 +72,7 @@ public:
         const InsideDevice inside(m_script);
         {
             std::unique_lock<std::mutex> lock(m_mutex);
+            ++m_script.waits;
             m_wake.wait_for(lock, m_script.perSide, [this] { return m_cancelled; });
             if (m_cancelled || cancel.cancelled()) {
                 return { kCancelled, "cancelled" };

@@ -34,6 +34,8 @@ struct DeviceScript
 
     std::atomic<bool> openHangs { false }; ///< until it is cancelled, or 10 s
 
+    orva::AcquireSettings settings; ///< the last
+    std::atomic<int> waits { 0 }; ///< for the next side
     std::atomic<int> delivered { 0 };
     std::atomic<int> endBatches { 0 };
     std::atomic<int> opens { 0 };
@@ -130,7 +132,6 @@ struct FileChoice
     orva::FileFormat format = orva::FileFormat::kJpg;
     bool multiPage = false;
     bool overwrite = false;
-    const char* serial = "001";
 };
 FileParam fileParam(const std::filesystem::path& folder, const FileChoice& choice = {});
 
@@ -151,8 +152,8 @@ protected:
     /// All pages in all files of the output folder, in the order of the file names.
     std::vector<int> savedPages();
     std::vector<std::string> visibleNames();
-    /// Waits for the recovery that Init started.
-    bool waitForFiles(std::size_t number);
+    /// Until the recovery that Init started has nothing left to save.
+    void waitForRecovery();
 
     TemporaryFolder folder;
     std::filesystem::path output;

@@ -29,94 +29,61 @@ protected:
             EXPECT_NE(name.front(), '.') << "left behind: " << name;
         }
     }
-    bool isSpoolEmpty() { return namesIn(folder.path() / "spool").empty(); }
 };
 
 } // namespace
 
-TEST_F(Faults, jamAtSheetThreeOfTen)
+TEST_F(Faults, keepWhatWasScannedBeforeAndTheRestForTheNextStart)
 {
-    device.sheets = 10;
-    device.faultAtSide[3] = kPaperJam;
-    scanExpecting(kPaperJam);
-    EXPECT_EQ(savedPages(), upTo(2));
-    EXPECT_EQ(device.endBatches, 1);
-    EXPECT_TRUE(isSpoolEmpty());
-
-    Recorder::instance().reset();
-    std::filesystem::remove_all(output / "001.jpg");
-    std::filesystem::remove_all(output / "002.jpg");
-    choose({ FileFormat::kPdf, true });
-    scanExpecting(kPaperJam);
-    EXPECT_EQ(visibleNames(), std::vector<std::string> { "001.pdf" });
-    EXPECT_EQ(savedPages(), upTo(2));
-
-    Recorder::instance().reset();
-    device.faultAtSide.clear();
-    EXPECT_EQ(session->scan(), kOk) << "the next job is not harmed";
-}
-
-TEST_F(Faults, damagedPageLeavesTheOthers)
-{
-    device.sheets = 6;
-    pages.failOperationsAt = 4;
-    choose({ FileFormat::kPdf, true });
-    scanExpecting(kDamagedPage);
-    const std::vector<int> saved = savedPages();
-    ASSERT_GE(saved.size(), 3U);
-    EXPECT_EQ(std::vector<int>(saved.begin(), saved.begin() + 3), upTo(3));
-    EXPECT_EQ(std::count(saved.begin(), saved.end(), 4), 0);
-    EXPECT_EQ(static_cast<int>(saved.size()), Recorder::instance().count(1));
-}
-
-TEST_F(Faults, exceptionInAWorkerIsAFault)
-{
-    pages.duringEncode = [](int number) {
-        if (number == 2) {
-            throw std::bad_alloc();
-        }
+    const struct
+    {
+        ResultCode code;
+        std::function<void()> arm;
+        int saved; ///< by the job itself
+    } cases[] = {
+        { kPaperJam, [&] { device.faultAtSide[3] = kPaperJam; }, 2 },
+        { kDamagedPage, [&] { pages.failOperationsAt = 4; }, 3 },
+        { kDiskFull, [&] { pages.failWriterAtPage = 4; }, 3 },
+        { kNoMemory,
+            [&] {
+                pages.duringEncode = [](int number) {
+                    if (number == 2) {
+                        throw std::bad_alloc();
+                    }
+                };
+            },
+            1 },
     };
-    scanExpecting(kNoMemory);
-    EXPECT_EQ(savedPages().front(), 1);
-}
+    device.sheets = 200;
+    device.perSide = 2ms;
+    for (const bool multiPage : { false, true }) {
+        for (const auto& each : cases) {
+            SCOPED_TRACE(std::to_string(each.code) + (multiPage ? ", document" : ""));
+            choose({ multiPage ? FileFormat::kPdf : FileFormat::kJpg, multiPage });
+            Recorder::instance().reset();
+            each.arm();
+            const int delivered = device.delivered;
+            const int batches = device.endBatches;
+            scanExpecting(each.code);
+            EXPECT_EQ(savedPages(), upTo(each.saved));
+            EXPECT_EQ(Recorder::instance().count(2), multiPage ? 1 : each.saved);
+            EXPECT_LT(device.delivered - delivered, device.sheets) << "the device is stopped";
+            EXPECT_EQ(device.endBatches, batches + 1);
+            EXPECT_EQ(session->clearTmpData(), kOk) << "must not take pages that are in no file";
+            const int reported = Recorder::instance().count(1);
+            EXPECT_GE(reported, each.saved);
 
-TEST_F(Faults, diskFullInADocumentKeepsWhatFitsAndTheRestForTheNextStart)
-{
-    device.sheets = 6;
-    pages.failWriterAtPage = 4;
-    choose({ FileFormat::kPdf, true });
-    scanExpecting(kDiskFull);
-    EXPECT_EQ(savedPages(), upTo(3)) << "the document with the pages so far";
-    EXPECT_EQ(Recorder::instance().files().size(), 1U);
-    EXPECT_EQ(session->clearTmpData(), kOk) << "must not take the pages that are in no file";
-    const int reported = Recorder::instance().count(1);
-
-    pages.failWriterAtPage = 0;
-    restart();
-    ASSERT_TRUE(waitForFiles(2));
-    EXPECT_EQ(savedPages(), upTo(reported)) << "each side that was reported is in a file";
-    session.reset();
-    EXPECT_TRUE(isSpoolEmpty());
-}
-
-TEST_F(Faults, outputFolderRemovedInTheMiddle)
-{
-    device.sheets = 6;
-    device.perSide = 20ms;
-    pages.duringEncode = [&](int number) {
-        if (number == 3) {
+            device.faultAtSide.clear();
+            pages.failOperationsAt = pages.failWriterAtPage = 0;
+            pages.duringEncode = nullptr;
+            restart();
+            waitForRecovery();
+            EXPECT_EQ(savedPages(), upTo(reported)) << "in the order of their names";
+            EXPECT_TRUE(namesIn(folder.path() / "spool").empty());
             std::filesystem::remove_all(output);
+            std::filesystem::create_directory(output);
         }
-    };
-    scanExpecting(kFolderMissing);
-    EXPECT_LT(device.delivered, 6) << "the device is stopped";
-    const int reported = Recorder::instance().count(1);
-    const int saved = Recorder::instance().count(2);
-    std::filesystem::create_directory(output);
-    pages.duringEncode = nullptr;
-    restart();
-    EXPECT_TRUE(waitForFiles(static_cast<std::size_t>(reported - saved)))
-        << "what was scanned but not saved comes back";
+    }
 }
 
 TEST_F(Faults, refusedRecordRefusesTheJob)

@@ -18,15 +18,6 @@ class KilledJob : public SessionTest
 {
 protected:
     KilledJob() { session.reset(); }
-
-    void waitForRecovery()
-    {
-        const auto deadline = std::chrono::steady_clock::now() + 20s;
-        while (!namesIn(folder.path() / "spool").empty()
-            && std::chrono::steady_clock::now() < deadline) {
-            std::this_thread::sleep_for(2ms);
-        }
-    }
     /// Runs a job in a child and kills it some time after it has reported that many sides. Returns
     /// the number of sides it had reported by then.
     int runAndKill(const FileChoice& choice, int sides, std::chrono::microseconds later)

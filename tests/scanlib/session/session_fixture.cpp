@@ -110,7 +110,7 @@ FileParam fileParam(const std::filesystem::path& folder, const FileChoice& choic
 {
     FileParam param {};
     std::strncpy(param.szFilePath, folder.c_str(), sizeof(param.szFilePath) - 1);
-    std::strncpy(param.szIndex, choice.serial, sizeof(param.szIndex) - 1);
+    std::strncpy(param.szIndex, "001", sizeof(param.szIndex) - 1);
     param.bSameNameCover = choice.overwrite ? 1 : 0;
     param.nFormatIndex = static_cast<int>(choice.format);
     param.nMultiPage = choice.multiPage ? 1 : 0;
@@ -221,13 +221,13 @@ std::vector<int> SessionTest::savedPages()
     return all;
 }
 
-bool SessionTest::waitForFiles(std::size_t number)
+void SessionTest::waitForRecovery()
 {
-    const auto deadline = std::chrono::steady_clock::now() + 10s;
-    while (visibleNames().size() < number && std::chrono::steady_clock::now() < deadline) {
-        std::this_thread::sleep_for(5ms);
+    const auto deadline = std::chrono::steady_clock::now() + 20s;
+    while (
+        !namesIn(folder.path() / "spool").empty() && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(2ms);
     }
-    return visibleNames().size() == number;
 }
 
 std::vector<int> upTo(int last)

@@ -55,7 +55,11 @@ TEST_F(SessionTest, everyStateRefusesWhatIsNotLegalInIt)
     for (const Case& c : cases) {
         EXPECT_EQ(c.call(fresh), c.idle) << c.what << ", idle";
     }
+    fresh.setStateCallback(Recorder::state);
+    fresh.setErrorCallback(Recorder::error);
     EXPECT_EQ(fresh.scan(), kNoScannerSelected);
+    EXPECT_EQ(Recorder::instance().count(kErrorEvent), 1) << "told as every failure is";
+    EXPECT_EQ(Recorder::instance().count(-1), 1);
 
     device.sheets = 1000;
     device.perSide = 5ms;
@@ -66,17 +70,6 @@ TEST_F(SessionTest, everyStateRefusesWhatIsNotLegalInIt)
         EXPECT_EQ(c.call(*session), c.scanning) << c.what << ", scanning";
     }
     EXPECT_EQ(job.get(), kCancelled);
-}
-
-TEST_F(SessionTest, aScanWithoutAScannerIsToldAsEveryFailure)
-{
-    Session fresh(parts());
-    fresh.init();
-    fresh.setStateCallback(Recorder::state);
-    fresh.setErrorCallback(Recorder::error);
-    EXPECT_EQ(fresh.scan(), kNoScannerSelected);
-    EXPECT_EQ(Recorder::instance().count(kErrorEvent), 1);
-    EXPECT_EQ(Recorder::instance().count(-1), 1);
 }
 
 TEST_F(SessionTest, theSourceBringsItsPapersAndResolutions)
@@ -98,20 +91,43 @@ TEST_F(SessionTest, theSourceBringsItsPapersAndResolutions)
     session->currentResolution(x, y);
     EXPECT_EQ(x, 200) << "the flatbed has no 300";
 
+    ASSERT_EQ(session->paperSize(1, area), kOk);
+    EXPECT_EQ(session->setPaperSize(area, 1), kOk);
+    EXPECT_EQ(session->setSource(1), kOk);
+    session->currentPaperSize(area);
+    EXPECT_EQ(area.name, "自动") << "both have it";
+    EXPECT_EQ(area.heightMm, 900);
+
     EXPECT_EQ(session->setSource(2), kIndexOutOfRange);
     EXPECT_EQ(session->setResolution(301, 300), kValueOutOfRange);
     EXPECT_EQ(session->setPaperSize({ "", 0, 0, 500, 100 }, -1), kValueOutOfRange);
+    EXPECT_EQ(session->setPaperSize({ "", 0, 1, 100, 900 }, -1), kValueOutOfRange);
     EXPECT_EQ(session->setPaperSize({ "", 0, 0, 100, 0.0 / 0.0 }, -1), kValueOutOfRange);
     EXPECT_EQ(session->setPaperSize({ "", 0, 0, 100, 100 }, 9), kIndexOutOfRange);
     EXPECT_EQ(session->setPaperSize({ "", 10, 20, 100, 100 }, -1), kOk);
     EXPECT_EQ(session->setColorMode(4), kValueOutOfRange);
     EXPECT_EQ(session->setJpegQuality(-1), kValueOutOfRange);
+
+    ImageParam image {};
+    image.bMultiFeed = 1;
+    session->setImageParam(image);
+    EXPECT_EQ(session->scan(), kOk);
+    EXPECT_TRUE(device.settings.detectDoubleFeed);
+    EXPECT_EQ(device.settings.area.topMm, 20);
 }
 
 TEST_F(SessionTest, theDeviceIsOpenedOnceAndOnlyWhenItIsAsked)
 {
     device.opens = 0;
-    Session fresh(parts());
+    SessionParts twoScanners = parts();
+    twoScanners.makeDrivers = [this](const LibraryPaths&) {
+        std::vector<DeviceIdentity> identities(2);
+        identities[0].key = "first";
+        std::vector<std::unique_ptr<Driver>> drivers;
+        drivers.push_back(std::make_unique<FakeDriver>(device, identities));
+        return drivers;
+    };
+    Session fresh(twoScanners);
     fresh.init();
     fresh.selectScanner(0);
     DeviceIdentity identity;
@@ -122,6 +138,9 @@ TEST_F(SessionTest, theDeviceIsOpenedOnceAndOnlyWhenItIsAsked)
     EXPECT_EQ(device.opens, 1);
     device.paper = false;
     EXPECT_EQ(fresh.havePaper(), 0);
+    fresh.selectScanner(1);
+    EXPECT_EQ(fresh.sourceCount(), 2);
+    EXPECT_EQ(device.opens, 2) << "the other one is not answered for by the first";
 
     int sleep = 7;
     int autoOff = 7;
