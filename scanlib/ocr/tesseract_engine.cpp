@@ -23,6 +23,16 @@ constexpr int kMaxDpi = 2400;
 /// With fewer characters than this a page says nothing about its orientation.
 constexpr const char* kMinCharactersForOrientation = "12";
 
+/// Tesseract tells ink from paper by one level for the whole page. Where that makes so much of it
+/// black, it is not ink: dark backing, a shadow, grey paper beside white.
+constexpr double kMostInk = 0.2;
+/// A level for each place (Sauvola) follows uneven light, but sees more dust.
+constexpr const char* kOneLevel = "0";
+constexpr const char* kLocalLevels = "2";
+/// How far below the paper's level ink must lie, in parts of the usual contrast; keeps thin
+/// strokes.
+constexpr const char* kLocalContrast = "0.2";
+
 /// Once a process: both libraries print to stderr unless told otherwise, and that is the host's.
 void silence(tesseract::TessBaseAPI& api)
 {
@@ -118,6 +128,18 @@ void collect(ResultIterator& at, PageText& out)
     } while (at.Next(tesseract::RIL_WORD));
 }
 
+/// Of the shown picture in black and white; Tesseract keeps that for the reading.
+double blackPart(tesseract::TessBaseAPI& api)
+{
+    l_float32 part = 0;
+    Pix* picture = api.GetThresholdedImage();
+    if (picture != nullptr) {
+        pixForegroundFraction(picture, &part);
+        pixDestroy(&picture);
+    }
+    return static_cast<double>(part);
+}
+
 } // namespace
 
 TesseractEngine::TesseractEngine()
@@ -137,6 +159,7 @@ Status TesseractEngine::load(const std::filesystem::path& folder, const std::str
             "models in " + folder.string() + " cannot be loaded: " + languages };
     }
     m_api->SetVariable("min_characters_to_try", kMinCharactersForOrientation);
+    m_api->SetVariable("thresholding_kfactor", kLocalContrast);
     return {};
 }
 
@@ -151,7 +174,12 @@ Status TesseractEngine::read(const GrayPicture& picture, const StopWish& stop, P
     const OneThread here;
     out = {};
     m_api->SetPageSegMode(tesseract::PSM_AUTO);
+    m_api->SetVariable("thresholding_method", kOneLevel);
     show(picture);
+    if (blackPart(*m_api) > kMostInk) {
+        m_api->SetVariable("thresholding_method", kLocalLevels);
+        show(picture);
+    }
     Watch watch { stop };
     tesseract::ETEXT_DESC monitor;
     monitor.cancel = Watch::isOver;
