@@ -215,6 +215,7 @@ struct JobWish
     const char* folder;
     bool deskew = false; ///< and crop
     bool blackWhite = false;
+    bool clean = false; ///< crop, deskew, median, background, automatic levels
 };
 
 int scan(const char* file, const JobWish& wish)
@@ -235,7 +236,12 @@ int scan(const char* file, const JobWish& wish)
     ImageParam image {};
     image.nGamma = wish.blackWhite ? 0 : 1;
     image.nThresold = wish.blackWhite ? 128 : 0;
-    image.bAutoCropDeskew = wish.deskew ? 1 : 0;
+    image.bAutoCropDeskew = wish.deskew || wish.clean ? 1 : 0;
+    if (wish.clean) {
+        image.nDenoise = static_cast<int>(orva::Denoise::kNormal);
+        image.nBackGround = 1;
+        image.bAutoLevel = 1;
+    }
     expectOk(sdk.SetImageParam(image), "SetImageParam");
     FileParam files {};
     std::snprintf(files.szFilePath, sizeof files.szFilePath, "%s", wish.folder);
@@ -278,6 +284,7 @@ int run(const std::vector<std::string>& words)
         };
         wish.deskew = has("deskew");
         wish.blackWhite = has("bw");
+        wish.clean = has("clean");
         return scan(words[1].c_str(), wish);
     }
     throw std::runtime_error("usage: see the head of the source");

@@ -357,9 +357,14 @@ private:
     int m_pages = 0;
 };
 
+/// Fixed for the document type of pictures, by the paper for that of text.
 class BlackWhite : public Measure
 {
 public:
+    explicit BlackWhite(orva::DocumentType document)
+        : m_document(document)
+    {
+    }
     void see(const Scanned& scanned) override
     {
         if (!scanned.truth.stampColor.isEmpty() || scanned.truth.words().isEmpty()) {
@@ -367,20 +372,57 @@ public:
         }
         ImageSettings settings;
         settings.mode = orva::ColorMode::kBlackWhite;
+        settings.document = m_document;
         const PageGroup group = m_times.run(scanned.page, settings);
         m_error.add(1 - inkAgreement(group.at(0), scanned.ink, scanned.truth));
     }
     void report(std::vector<Row>& rows) override
     {
-        rows.push_back({ "Threshold 128", m_error.count,
-            text("agreement with the print (F1) mean %.3f, least %.3f", 1 - m_error.mean(),
-                1 - m_error.max),
+        rows.push_back(
+            { m_document == orva::DocumentType::kText ? "Threshold by the paper" : "Threshold 128",
+                m_error.count,
+                text("agreement with the print (F1) mean %.3f, least %.3f", 1 - m_error.mean(),
+                    1 - m_error.max),
+                m_times.median() });
+    }
+
+private:
+    orva::DocumentType m_document;
+    Times m_times;
+    Errors m_error;
+};
+
+class Levels : public Measure
+{
+public:
+    void see(const Scanned& scanned) override
+    {
+        if (scanned.truth.words().isEmpty()) {
+            return;
+        }
+        ImageSettings settings;
+        settings.autoLevel = true;
+        const PageGroup group = m_times.run(scanned.page, settings);
+        m_before += paperAbove(245, scanned.page, scanned.ink, scanned.truth);
+        m_after += paperAbove(245, group.at(0), scanned.ink, scanned.truth);
+        const QTransform& place = scanned.truth.pageToScan;
+        m_letters += lettersKept(scanned.page, place, group[0], place, scanned.truth, {});
+        ++m_pages;
+    }
+    void report(std::vector<Row>& rows) override
+    {
+        rows.push_back({ "Automatic levels", m_pages,
+            text("%.1f %% of the paper above level 245 (before: %.1f %%); %.2f %% of letters kept",
+                100 * m_after.value(), 100 * m_before.value(), 100 * m_letters.value()),
             m_times.median() });
     }
 
 private:
     Times m_times;
-    Errors m_error;
+    Share m_before;
+    Share m_after;
+    Share m_letters;
+    int m_pages = 0;
 };
 
 } // namespace
@@ -397,12 +439,14 @@ std::vector<Row> measureOperations(const QString& folder)
     DenoiseMeasure normal(orva::Denoise::kNormal);
     DenoiseMeasure strong(orva::Denoise::kStrong);
     Background background;
-    BlackWhite blackWhite;
+    Levels levels;
+    BlackWhite fixedThreshold(orva::DocumentType::kPictures);
+    BlackWhite byPaper(orva::DocumentType::kText);
     for (Dropout* dropout : { &gray, &color, &reinforced }) {
         dropout->setLayers(folder);
     }
     Measure* const measures[] = { &deskew, &blank, &blankDeskewed, &holes, &gray, &color,
-        &reinforced, &normal, &strong, &background, &blackWhite };
+        &reinforced, &normal, &strong, &background, &levels, &fixedThreshold, &byPaper };
     for (const PageTruth& truth : readTruthSet(folder)) {
         const Scanned scanned { truth, readScan(folder, truth), readLayer(folder, truth, "ink") };
         for (Measure* measure : measures) {
