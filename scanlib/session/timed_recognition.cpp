@@ -2,6 +2,8 @@
 
 #include "scanlib/base/library_log.h"
 
+#include <malloc.h>
+
 #include <algorithm>
 #include <condition_variable>
 #include <exception>
@@ -89,6 +91,9 @@ Status TimedRecognition::run(const std::shared_ptr<const ReadingEnd>& end, Body 
             status = { kRecognitionFailed, "unknown exception" };
         }
         body = {}; // what it held is free before it counts as gone
+        // A page takes some 60 MB in small pieces, on whichever heap its thread was given; they
+        // would stay with every heap that was ever used. Costs some 30 ms of processor time.
+        malloc_trim(0);
         bool isLeftBehind = false;
         {
             const std::lock_guard<std::mutex> lock(call->mutex);

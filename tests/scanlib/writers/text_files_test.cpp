@@ -54,7 +54,7 @@ protected:
             page.text = serialised(text);
             pages.push_back(spooled(page, folder.file("spool")));
         }
-        const std::filesystem::path path = folder.file("文件");
+        std::filesystem::path path = folder.file("文件");
         EXPECT_TRUE(writeFile(format, path, pages).ok());
         return path;
     }
