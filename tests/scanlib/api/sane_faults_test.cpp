@@ -90,6 +90,7 @@ protected:
         std::filesystem::create_directory(output);
         SessionParts parts = installedParts();
         parts.paths.spool = folder.path() / "spool";
+        parts.paths.config = folder.path() / "none"; // not the one that a test beside installs
         parts.config.recognition = recognition;
         parts.makeDrivers = [](const LibraryPaths&) {
             std::vector<std::unique_ptr<Driver>> drivers;
