@@ -238,6 +238,8 @@ TEST_F(VirtualScanner, SlowFeedAndSilenceEndAtOnceWhenCancelled)
 TEST_F(VirtualScanner, StateIsSharedBetweenUsersAndSurvivesNonsense)
 {
     ASSERT_EQ(m_device->setTimes(45, -1).code(), orva::kOk);
+    ASSERT_EQ(m_device->setTimes(-1, 3).code(), orva::kOk);
+    EXPECT_EQ(store().read().sleepMinutes, 45);
     const auto modeOf = [&](const char* name) {
         struct stat facts
         {

@@ -167,7 +167,7 @@ TEST_F(AnyOrder, recoveryPassesOverADamagedPayloadAndSavesTheOthers)
     {
         JobJournal dead;
         ASSERT_TRUE(dead.begin(spool, settings()).ok());
-        std::filesystem::resize_file(store(dead, 3)[1].file, 0); // the power went
+        std::filesystem::resize_file(store(dead, 3)[1].file, 3); // the power went
     }
     EXPECT_EQ(recoverJobs(spool, fakeTools(pages), CancelToken()), 2);
     EXPECT_EQ(savedPages(), (std::vector<int> { 1, 3 }));
