@@ -1,6 +1,6 @@
 // Where the words of a line with Chinese letters stand. The recogniser's network tells their places
-// to about a letter; the ink tells them to a pixel: Chinese letters stand in cells of one width, with
-// little ink on the borders between them.
+// to about a letter; the ink tells them to a pixel: Chinese letters stand in cells of one width,
+// with little ink on the borders between them.
 #pragma once
 
 #include "scanlib/base/page_text.h"
