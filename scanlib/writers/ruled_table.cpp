@@ -177,7 +177,7 @@ bool isLineMark(const Word& word, const RuledCell& box)
     constexpr std::string_view kMarks[] = { "|", "｜", "丨", "[", "]", "{", "}" };
     const double near = word.box.height() * kMarkShare;
     return (word.box.left - box.left < near || box.right - word.box.right < near)
-        && word.box.width() * 2 < word.box.height()
+        && word.box.width() * 5 < word.box.height() * 3
         && std::find(std::begin(kMarks), std::end(kMarks), word.text) != std::end(kMarks);
 }
 

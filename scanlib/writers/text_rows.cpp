@@ -40,6 +40,19 @@ private:
     double m_sin;
 };
 
+template <typename Item>
+void fitBox(TextBox& box, const std::vector<Item>& items)
+{
+    if (items.empty()) {
+        return;
+    }
+    box = items.front().box;
+    for (const Item& item : items) {
+        box = { std::min(box.left, item.box.left), std::min(box.top, item.box.top),
+            std::max(box.right, item.box.right), std::max(box.bottom, item.box.bottom) };
+    }
+}
+
 void finishRow(TextRow& row)
 {
     std::vector<const Word*> words;
@@ -72,7 +85,6 @@ PageText straightened(const PageText& text, double slope)
     PageText straight = text;
     const Turn turn(slope);
     for (Paragraph& paragraph : straight.paragraphs) {
-        paragraph.box = turn.box(paragraph.box);
         for (TextLine& line : paragraph.lines) {
             const double middle = (line.box.left + line.box.right) / 2.0;
             line.baselineLeft = line.baselineRight =
@@ -83,7 +95,18 @@ PageText straightened(const PageText& text, double slope)
             }
         }
     }
+    fitBoxes(straight);
     return straight;
+}
+
+void fitBoxes(PageText& text)
+{
+    for (Paragraph& paragraph : text.paragraphs) {
+        for (TextLine& line : paragraph.lines) {
+            fitBox(line.box, line.words);
+        }
+        fitBox(paragraph.box, paragraph.lines);
+    }
 }
 
 std::vector<TextRow> rowsOf(const PageText& straight)

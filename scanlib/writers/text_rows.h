@@ -28,8 +28,11 @@ struct TextRow
 double textSlope(const PageText& text);
 
 /// The page turned by that slope: lines run level, and what stands in one column of the paper has
-/// the same x. Boxes keep their size; places may be negative.
+/// the same x. Boxes of words keep their size; places may be negative.
 PageText straightened(const PageText& text, double slope);
+
+/// Boxes of lines and paragraphs that just hold their words; those of a tilted line are higher.
+void fitBoxes(PageText& text);
 
 /// Of straight text, from top to bottom. Points into the text.
 std::vector<TextRow> rowsOf(const PageText& straight);

@@ -1,8 +1,14 @@
 // Tables on pages whose words stand at known places.
+#include "scanlib/writers/page_rulings.h"
+#include "scanlib/writers/ruled_table.h"
 #include "scanlib/writers/table_finder.h"
+#include "tests/scanlib/page/drawn_pages.h"
 #include "tests/scanlib/writers/text_pages.h"
+#include "tests/scanlib/writers/written_files.h"
 
 #include <gtest/gtest.h>
+
+#include <cmath>
 
 namespace orva {
 namespace {
@@ -109,6 +115,109 @@ TEST(TableFinder, runningTextInColumnsComesInReadingOrder)
     const std::string shownText = shown(findTables(page));
     EXPECT_LT(shownText.find("左完"), shownText.find(full, shownText.find("左完")));
     EXPECT_EQ(shownText.find('|'), std::string::npos) << shownText;
+}
+
+/// A table of three columns drawn with lines, or the same words without them, after a turn by
+/// `slope`: a heading over two columns, a cell over two rows, cells of several lines.
+PageText formText(double slope)
+{
+    PageText page;
+    addParagraph(page, 40, { { { 100, "收支" }, { 180, "情况" } } });
+    addParagraph(page, 140, { { { 110, "项目" }, { 420, "金额" } } });
+    addParagraph(page, 240, { { { 110, "办公用品采" } }, { { 110, "购" } } });
+    addParagraph(page, 240, { { { 410, "1,200" } } });
+    addParagraph(page, 260, { { { 586, "|" }, { 610, "待定" } } });
+    addParagraph(page, 400, { { { 110, "一" } }, { { 110, "首次" }, { 190, "预付款" } } });
+    addParagraph(page, 400, { { { 410, "300" } } });
+    addParagraph(page, 640, { { { 100, "以上" } } });
+    for (Paragraph& paragraph : page.paragraphs) {
+        for (TextLine& line : paragraph.lines) {
+            for (Word& word : line.words) {
+                const int down = static_cast<int>(std::lround(word.box.left * slope));
+                const int right = -static_cast<int>(std::lround(word.box.top * slope));
+                word.box = { word.box.left + right, word.box.top + down, word.box.right + right,
+                    word.box.bottom + down };
+            }
+            line.baselineLeft += static_cast<int>(std::lround(line.box.left * slope));
+            line.baselineRight += static_cast<int>(std::lround(line.box.right * slope));
+        }
+    }
+    return page;
+}
+
+TEST(RuledTable, boxesAreCellsHoweverManyLinesTheyHold)
+{
+    Rulings rulings;
+    rulings.across = { { 130, 100, 800 }, { 230, 101, 801 }, { 390, 100, 600 }, { 560, 99, 800 } };
+    rulings.down = { { 100, 130, 561 }, { 400, 131, 560 }, { 600, 230, 560 }, { 800, 130, 560 },
+        { 950, 130, 560 } }; // the last one meets no other
+    for (const double slope : { 0.0, 0.06, -0.06 }) {
+        const SheetLayout sheet = findTables(formText(slope), rulings, 200);
+        EXPECT_EQ(shown(sheet),
+            "收支情况\n项目|<2>金额\n办公用品采购|1,200|待定\n一\n首次预付款|300\n以上\n")
+            << slope;
+        ASSERT_EQ(sheet.rows.size(), 5U);
+        EXPECT_EQ(sheet.rows[2].cells[2].rows, 2);
+        EXPECT_EQ(sheet.columnPixels, (std::vector<int> { 300, 200, 200 }));
+    }
+}
+
+TEST(RuledTable, entriesInOneBoxAreRowsAndAFrameIsNone)
+{
+    PageText page;
+    addParagraph(page, 140, { { { 110, "品名" }, { 420, "数量" } } });
+    addParagraph(page, 240, { { { 110, "纸" } }, { { 110, "笔" } }, { { 110, "墨" } } });
+    addParagraph(page, 240, { { { 420, "5" } }, { { 420, "7" } }, { { 420, "9" } } });
+    Rulings rulings;
+    rulings.across = { { 130, 100, 800 }, { 230, 100, 800 }, { 560, 100, 800 } };
+    rulings.down = { { 100, 130, 560 }, { 400, 130, 560 }, { 800, 130, 560 } };
+    EXPECT_EQ(shown(findTables(page, rulings, 200)), "品名|数量\n纸|5\n笔|7\n墨|9\n");
+    rulings.across.erase(rulings.across.begin() + 1);
+    rulings.down.erase(rulings.down.begin() + 1);
+    EXPECT_EQ(findRuledTables(rulings, 200).size(), 0U);
+}
+
+TEST(PageRulings, areFoundOnATiltedPageAndNotInPrint)
+{
+    constexpr double kSlope = 0.05;
+    Page page = blankPage(1200, 1000, PixelFormat::kGray);
+    std::fill(page.pixels.begin(), page.pixels.end(), std::uint8_t { 235 });
+    const auto ink = [&page](int x, int y) {
+        const int tiltedX = x - static_cast<int>(std::lround(y * kSlope));
+        const int tiltedY = y + static_cast<int>(std::lround(x * kSlope));
+        page.row(tiltedY)[tiltedX] = 40;
+    };
+    for (int i = 0; i < 600; ++i) {
+        for (int thick = 0; thick < 3; ++thick) {
+            ink(200 + i, 300 + thick); // one line across, one down
+            ink(200 + thick, 300 + i);
+            if (i % 30 < 24) {
+                ink(200 + i, 500 + thick); // strokes of letters
+            }
+        }
+        for (int thick = 0; thick < 60; ++thick) {
+            ink(300 + i / 2, 700 + thick); // a solid bar
+        }
+    }
+    EncodedPage encodedPage = encoded(FileFormat::kXls, page);
+    const Rulings rulings = findRulings(encodedPage, kSlope);
+    ASSERT_EQ(rulings.across.size(), 1U);
+    ASSERT_EQ(rulings.down.size(), 1U);
+    EXPECT_NEAR(rulings.across[0].at, 301, 3);
+    EXPECT_NEAR(rulings.across[0].from, 200, 4);
+    EXPECT_NEAR(rulings.across[0].to, 800, 4);
+    EXPECT_NEAR(rulings.down[0].at, 201, 3);
+    encodedPage.bytes.resize(30);
+    EXPECT_TRUE(findRulings(encodedPage, kSlope).across.empty()) << "a damaged picture";
+}
+
+TEST(TableFinder, linesOfOneCellJoinWithoutRulings)
+{
+    PageText page;
+    addParagraph(page, 100,
+        { { { 100, "编号" }, { 300, "说明" } }, { { 100, "甲" }, { 300, "这一格的文字写满后" } },
+            { { 300, "另起一行" } }, { { 100, "乙" }, { 300, "短" } } });
+    EXPECT_EQ(shown(findTables(page)), "编号|说明\n甲|这一格的文字写满后另起一行\n乙|短\n");
 }
 
 TEST(TableFinder, widthsReachFromColumnToColumn)
