@@ -30,6 +30,7 @@ enum Kind : unsigned
     kDimensions = 0x0200,
     kBlank = 0x0201,
     kNumber = 0x0203,
+    kRow = 0x0208,
     kWindow2 = 0x023E,
     kStyle = 0x0293,
     kFormat = 0x041E,
@@ -49,6 +50,8 @@ constexpr unsigned kPlainCell = kStyleFormats;
 constexpr unsigned kWrappedCell = kPlainCell + 1;
 constexpr unsigned kFirstOwnFormat = 164;
 constexpr double kDigitMillimetres = 1.85; // width of a digit of the 10-point font
+constexpr unsigned kLineTwips = 260;
+constexpr int kMostLines = 31; // what a row can be high
 constexpr int kMinColumnDigits = 4;
 constexpr int kMaxColumnDigits = 120;
 
@@ -204,6 +207,7 @@ void BiffWorkbook::addPage(const SheetLayout& layout, double dpi, const SheetPap
 void BiffWorkbook::addRow(const std::vector<Cell>& cells)
 {
     std::vector<Cell> below;
+    int lines = 1;
     if (m_sheets.back().rows == kMaxRows) {
         const Sheet& full = m_sheets.back();
         beginSheet(std::vector<int>(full.columnWidths), SheetPaper(full.paper));
@@ -219,11 +223,38 @@ void BiffWorkbook::addRow(const std::vector<Cell>& cells)
             below.push_back(std::move(rest));
         }
         addCell(here);
+        lines = std::max(lines, linesOf(here));
+    }
+    if (lines > 1) {
+        m_sheets.back().heights.push_back({ m_sheets.back().rows, lines });
     }
     ++m_sheets.back().rows;
     if (!below.empty()) {
         addRow(below);
     }
+}
+
+/// About as many as the cell needs in its columns: not every reader finds that out by itself.
+int BiffWorkbook::linesOf(const Cell& cell) const
+{
+    const std::vector<int>& widths = m_sheets.back().columnWidths;
+    int room = 0; // digits
+    for (int i = cell.column; i < cell.column + cell.columns; ++i) {
+        const auto at = static_cast<std::size_t>(i);
+        room += at < widths.size() ? widths[at] / 256 : kMinColumnDigits;
+    }
+    if (!cell.isWrapped || cell.rows > 1) {
+        return 1;
+    }
+    int lines = 1;
+    int used = 0;
+    for (const char16_t unit : cell.text) {
+        const int own = unit >= 0x2E80 ? 2 : 1;
+        const bool isFull = used + own >= room; // a word less than the line could hold
+        lines += unit == u'\n' || isFull ? 1 : 0;
+        used = unit == u'\n' ? 0 : isFull ? own : used + own;
+    }
+    return std::min(lines, kMostLines);
 }
 
 void BiffWorkbook::addCell(const Cell& cell)
@@ -285,6 +316,17 @@ std::vector<std::uint8_t> BiffWorkbook::sheetBytes(const Sheet& sheet, bool firs
             .u16(0)
             .u16(static_cast<unsigned>(sheet.columns))
             .u16(0));
+    for (const auto& [row, lines] : sheet.heights) {
+        constexpr std::uint32_t kOwnHeight = 0x0140;
+        addRecord(stream, kRow,
+            RecordData()
+                .u16(static_cast<unsigned>(row))
+                .u16(0)
+                .u16(static_cast<unsigned>(sheet.columns))
+                .u16(static_cast<unsigned>(lines) * kLineTwips)
+                .u32(0)
+                .u32(kOwnHeight));
+    }
     append(stream, sheet.cells);
     const unsigned shown = first ? 0x06B6 : 0x00B6; // grid, headings, zeros; selected and on top
     addRecord(stream, kWindow2, RecordData().u16(shown).u16(0).u16(0).u32(64).u16(0).u16(0).u32(0));

@@ -45,6 +45,7 @@ private:
         std::vector<std::uint8_t> cells; ///< records
         std::vector<int> columnWidths; ///< 1/256 of a digit
         std::vector<std::array<int, 4>> merged; ///< first and last row, first and last column
+        std::vector<std::array<int, 2>> heights; ///< row and its lines of text, where several
         SheetPaper paper;
         int rows = 0;
         int columns = 0;
@@ -52,6 +53,7 @@ private:
 
     void addRow(const std::vector<Cell>& cells);
     void addCell(const Cell& cell);
+    int linesOf(const Cell& cell) const;
     void beginSheet(const std::vector<int>& columnWidths, const SheetPaper& paper);
     unsigned formatOf(const std::string& format);
     std::vector<std::uint8_t> sheetBytes(const Sheet& sheet, bool first) const;
