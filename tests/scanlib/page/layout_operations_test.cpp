@@ -193,7 +193,7 @@ TEST(Deskew, cutsTheSheetOutOfItsDarkBacking)
 {
     for (const PixelFormat format :
         { PixelFormat::kRgb, PixelFormat::kGray, PixelFormat::kBlackWhite }) {
-        for (const double degrees : { -5.0, -0.7, 0.0, 2.3, 7.0 }) {
+        for (const double degrees : { -15.0, -5.0, -0.7, 0.0, 2.3, 10.0, 15.0 }) {
             Page sheet = letter(format);
             const std::pair<int, int> marks[] = { { 60, 60 }, { 1100, 60 }, { 60, 1600 },
                 { 1100, 1600 } };
