@@ -192,6 +192,7 @@ std::vector<Ruling> joined(const std::vector<Ruling>& all, double bridge)
         ruling.to = std::max(ruling.to, piece.to);
     }
     std::vector<Ruling> rulings;
+    rulings.reserve(lines.size());
     for (const Line& line : lines) {
         rulings.push_back(line.ruling);
     }

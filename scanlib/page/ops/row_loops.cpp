@@ -8,7 +8,7 @@ constexpr std::size_t kLanes = 8; // SSE2, NEON
 
 } // namespace
 
-#include "scanlib/page/ops/row_loops_source.h"
+#include "scanlib/page/ops/row_loops_source.inc"
 
 namespace orva {
 

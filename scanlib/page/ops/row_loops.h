@@ -1,6 +1,6 @@
 // The loops over bytes in which the time of a page goes, compiled once for every processor of the
 // architecture and, on x86-64, once more for those with AVX2. Both come from the same source,
-// row_loops_source.h, and give the same bytes.
+// row_loops_source.inc, and give the same bytes.
 #pragma once
 
 #include <cstddef>

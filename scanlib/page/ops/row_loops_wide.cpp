@@ -12,7 +12,7 @@ constexpr std::size_t kLanes = 16;
 
 } // namespace
 
-#include "scanlib/page/ops/row_loops_source.h"
+#include "scanlib/page/ops/row_loops_source.inc"
 
 namespace orva {
 
