@@ -34,6 +34,8 @@ set(rules
   "^scanlib/device/sane_host/ => ${border}|scanlib/base/.*\\.h|scanlib/device/((device|papers)\\.h|sane/(found_devices|frame_shape|host_messages|wire)\\.h|sane_host/.*\\.h)"
   "^scanlib/device/sane/ => ${border}|scanlib/base/.*\\.h|scanlib/device/((device|papers)\\.h|sane/.*\\.h)"
   "^scanlib/device/ => ${border}|scanlib/base/.*\\.h|scanlib/device/device\\.h"
+  # the one source of the row loops is compiled twice
+  "^scanlib/page/ops/row_loops => scanlib/page/ops/row_loops(\\.h|_source\\.inc)"
   "^scanlib/page/ => ${border}|scanlib/(base|page)/.*\\.h"
   "^scanlib/writers/ => ${border}|scanlib/(base|writers)/.*\\.h"
   # tilt is found in one way only, for the picture and for its text
