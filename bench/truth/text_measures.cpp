@@ -4,6 +4,7 @@
 #include "bench/truth/truth_record.h"
 
 #include <QFile>
+#include <QHash>
 #include <QSet>
 #include <QTextStream>
 #include <QXmlStreamReader>
@@ -135,6 +136,53 @@ void printScore(const std::string& name, TextScore score)
         score.distancesMm[count * 95 / 100], count);
 }
 
+struct BlankScore
+{
+    long letters = 0;
+    long letterEdits = 0;
+    long words = 0;
+    long wordEdits = 0;
+};
+
+QStringList plainWords(const QString& text)
+{
+    QStringList words;
+    for (const QString& word : text.simplified().split(' ', Qt::SkipEmptyParts)) {
+        words.append(normalised(word));
+    }
+    return words;
+}
+
+/// Each word as one character, so that words can be aligned like letters.
+QString asLetters(const QStringList& words, QHash<QString, QChar>& known)
+{
+    QString letters;
+    for (const QString& word : words) {
+        const QChar next(static_cast<ushort>(known.size() + 1));
+        auto at = known.find(word);
+        letters += at == known.end() ? *known.insert(word, next) : *at;
+    }
+    return letters;
+}
+
+void scoreBlanks(const QStringList& wanted, const QStringList& got, BlankScore& score)
+{
+    const QString letters = wanted.join(' ');
+    QHash<QString, QChar> known;
+    const QString words = asLetters(wanted, known);
+    score.letters += letters.size();
+    score.letterEdits += aligned(letters, got.join(' ')).edits;
+    score.words += words.size();
+    score.wordEdits += aligned(words, asLetters(got, known)).edits;
+}
+
+std::string percent(long part, long all)
+{
+    const double share =
+        all == 0 ? 0 : 100.0 * static_cast<double>(part) / static_cast<double>(all);
+    return QString::number(share, 'f', 2).toStdString() + " %";
+}
+
 QStringList csvCells(const QString& line)
 {
     QStringList cells { QString() };
@@ -252,6 +300,32 @@ void measureText(const QString& folder, const QString& boxFile, bool placesAsSca
                 "|\n|---|---|---|---|---|\n");
     for (const auto& [name, score] : scores) {
         printScore(name, score);
+    }
+}
+
+void measureBlanks(const QString& folder, const QString& textFile)
+{
+    QFile file(textFile);
+    if (!file.open(QIODevice::ReadOnly)) {
+        throw std::runtime_error("cannot read " + textFile.toStdString());
+    }
+    const QStringList pages = QString::fromUtf8(file.readAll()).split('\f');
+    const QVector<PageTruth> truths = readTruthSet(folder);
+    if (pages.size() < truths.size()) {
+        throw std::runtime_error("pages are missing in " + textFile.toStdString());
+    }
+    std::map<QString, BlankScore> scores;
+    for (int i = 0; i < truths.size(); ++i) {
+        scoreBlanks(plainWords(truths[i].text()), plainWords(pages[i]), scores[truths[i].language]);
+    }
+    std::printf("| Pages | Characters and blanks | Error rate | Words | Error rate |\n"
+                "|---|---|---|---|---|\n");
+    for (const auto& [language, score] : scores) {
+        const bool english = language != "zh"; // Chinese words have no blanks between them
+        std::printf("| %s | %ld | %s | %s | %s |\n", english ? "English" : "Chinese", score.letters,
+            percent(score.letterEdits, score.letters).c_str(),
+            english ? std::to_string(score.words).c_str() : "",
+            english ? percent(score.wordEdits, score.words).c_str() : "");
     }
 }
 

@@ -18,6 +18,11 @@ namespace truth {
 /// are compared only when `placesAsScanned`: when nothing turned or cut the pages.
 void measureText(const QString& folder, const QString& boxFile, bool placesAsScanned);
 
+/// `textFile` is what `pdftotext -raw` says of the same document: what a user copies, page by page.
+/// Prints a Markdown table by language: character error rate with the blanks between words, each
+/// run of white space as one, and word error rate where words have blanks.
+void measureBlanks(const QString& folder, const QString& textFile);
+
 /// `csvFolder` holds NAME.csv for each table page (as LibreOffice makes it of the xls file). Prints
 /// how many of the true cells stand somewhere in the file, and how many in their row and column.
 void measureCells(const QString& folder, const QString& csvFolder);

@@ -3,6 +3,7 @@
 //   truth-measure operations FOLDER          the page operations
 //   truth-measure text FOLDER BOXES [moved]  what `pdftotext -raw -bbox` says of a document of all
 //                                            pages; "moved": they were cropped or turned
+//   truth-measure blanks FOLDER TEXT         what `pdftotext -raw` says of it
 //   truth-measure png FOLDER ROUNDS          the PNG encoder beside libpng
 //   truth-measure cells FOLDER CSV_FOLDER    the pages with tables as LibreOffice reads them
 #include "bench/truth/operation_measures.h"
@@ -36,6 +37,10 @@ int run(const QStringList& words)
     const bool moved = words.size() == 5 && words[4] == "moved";
     if ((words.size() == 4 || moved) && words[1] == "text") {
         truth::measureText(words[2], words[3], !moved);
+        return 0;
+    }
+    if (words.size() == 4 && words[1] == "blanks") {
+        truth::measureBlanks(words[2], words[3]);
         return 0;
     }
     if (words.size() == 4 && words[1] == "cells") {

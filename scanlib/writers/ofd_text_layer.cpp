@@ -5,6 +5,7 @@
 #include "scanlib/writers/xml_text.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdio>
 #include <vector>
@@ -83,20 +84,24 @@ std::string textObject(const TextLine& line, double mmX, double mmY, int id)
     }
     const double left = line.box.left * mmX;
     const double top = line.box.top * mmY;
-    const double middle = (line.box.left + line.box.right) / 2.0;
     const double first = letters.starts.front();
+    constexpr double kLevelMm = 0.1; // of a line that is told without its slope
+    const double fall = place.slope * (letters.starts.back() - first) * mmY;
+    const bool isLevel = std::abs(fall) < kLevelMm;
     const double x = (place.vertical ? place.base : first) * mmX - left;
     const double y =
-        (place.vertical ? first + place.size : place.base + place.slope * middle) * mmY - top;
+        (place.vertical ? first + place.size : place.base + place.slope * first) * mmY - top;
     const std::string steps = advances(letters.starts, place.vertical ? mmY : mmX);
     const std::string delta =
         steps.empty() ? "" : (place.vertical ? " DeltaY=\"" : " DeltaX=\"") + steps + "\"";
+    const std::string falls =
+        !isLevel ? " DeltaY=\"" + advances(letters.starts, place.slope * mmY) + "\"" : "";
     return "<ofd:TextObject ID=\"" + std::to_string(id) + "\" Boundary=\"" + decimals(left) + " "
         + decimals(top) + " " + decimals(std::max(1, line.box.width()) * mmX) + " "
         + decimals(std::max(1, line.box.height()) * mmY) + "\" Font=\"" + std::to_string(kFontId)
         + "\" Size=\"" + decimals(place.size * (place.vertical ? mmX : mmY))
         + "\"><ofd:FillColor Value=\"0 0 0\" Alpha=\"0\"/><ofd:TextCode X=\"" + decimals(x)
-        + "\" Y=\"" + decimals(y) + "\"" + delta + ">" + xmlEscaped(letters.text)
+        + "\" Y=\"" + decimals(y) + "\"" + delta + falls + ">" + xmlEscaped(letters.text)
         + "</ofd:TextCode></ofd:TextObject>";
 }
 

@@ -44,6 +44,14 @@ std::string utf16Code(char32_t letter)
     return hexCode(0xD800U + (rest >> 10U)) + hexCode(0xDC00U + (rest & 0x3FFU));
 }
 
+/// A word that leaves its height by little is laid level: programs that take text out begin a new
+/// word wherever the base line moves by a fraction of a point ("ran dom").
+bool levelled(const LayerLine& line, const LayerRun& run)
+{
+    constexpr double kMostDrift = 0.5; // of the font's size
+    return !line.vertical && std::abs(line.slope) * run.length < kMostDrift * line.size;
+}
+
 } // namespace
 
 unsigned PdfTextLayer::codeOf(char32_t letter)
@@ -71,15 +79,18 @@ std::string PdfTextLayer::content(
             const double across = place.vertical ? unitsPerPixelX : unitsPerPixelY;
             const double along = place.vertical ? unitsPerPixelY : unitsPerPixelX;
             const double size = place.size * across;
-            const double angle = std::atan(place.slope * unitsPerPixelY / unitsPerPixelX);
-            const std::string turn = place.vertical
-                ? "0 -1 1 0 "
-                : operand(std::cos(angle)) + operand(-std::sin(angle)) + operand(std::sin(angle))
-                    + operand(std::cos(angle));
             out += "/F0 " + operand(size) + "Tf\n";
             for (const LayerRun& run : place.runs) {
+                const double slope = levelled(place, run) ? 0 : place.slope;
+                const double angle = std::atan(slope * unitsPerPixelY / unitsPerPixelX);
+                const std::string turn = place.vertical
+                    ? "0 -1 1 0 "
+                    : operand(std::cos(angle)) + operand(-std::sin(angle))
+                        + operand(std::sin(angle)) + operand(std::cos(angle));
                 const double x = place.vertical ? place.base : run.start;
-                const double y = place.vertical ? run.start : place.base + place.slope * run.start;
+                const double y = place.vertical
+                    ? run.start
+                    : place.base + place.slope * run.start + (place.slope - slope) * run.length / 2;
                 const double natural = size * static_cast<double>(run.letters.size());
                 out += turn + operand(x * unitsPerPixelX) + operand(height - y * unitsPerPixelY)
                     + "Tm " + operand(100 * run.length * along / (natural * std::cos(angle)))

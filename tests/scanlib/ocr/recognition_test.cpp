@@ -110,7 +110,7 @@ PageText knownText()
     return text;
 }
 
-EncodedPage encodedPage(FileFormat format)
+EncodedPage encodedPage(FileFormat format, const PageText& text)
 {
     Page page;
     page.allocate(1700, 1200, PixelFormat::kGray);
@@ -118,17 +118,18 @@ EncodedPage encodedPage(FileFormat format)
     page.dpiX = page.dpiY = 200;
     EncodedPage encoded;
     EXPECT_TRUE(findOutputFormat(format)->makeEncoder()->encode(page, {}, encoded).ok());
-    encoded.text = serialised(knownText());
+    encoded.text = serialised(text);
     return encoded;
 }
 
-/// A file of two pages: one with the known text, one with none.
-std::filesystem::path fileWith(const TemporaryFolder& folder, FileFormat format)
+/// A file of two pages: one with the text, one with none.
+std::filesystem::path fileWith(
+    const TemporaryFolder& folder, FileFormat format, const PageText& text = knownText())
 {
     const std::filesystem::path file = folder.file("layer");
     const auto writer = findOutputFormat(format)->makeWriter();
     EXPECT_TRUE(writer->begin(file, {}).ok());
-    EncodedPage page = encodedPage(format);
+    EncodedPage page = encodedPage(format, text);
     EXPECT_TRUE(writer->addPage(page).ok());
     page.text.clear();
     EXPECT_TRUE(writer->addPage(page).ok());
@@ -313,6 +314,35 @@ TEST(TextLayer, ofPdfLiesOnThePictureAndCanBeCopied)
         EXPECT_NEAR(std::stod(right[i]), kExpected[i][1] * kPointsPerPixel, 1.0);
         EXPECT_NEAR(std::stod(top[i]), kExpected[i][2] * kPointsPerPixel, 2.8); // a millimetre
     }
+}
+
+TEST(TextLayer, ofATiltedLineFallsWithItWithoutCuttingItsWords)
+{
+    PageText text;
+    text.paragraphs.push_back({ { 300, 800, 1300, 880 }, {} });
+    text.paragraphs[0].lines.push_back({ { 300, 800, 1300, 880 }, 845, 865,
+        { { { 300, 800, 640, 852 }, 90, "including" },
+            { { 700, 812, 1300, 866 }, 90, "random" } } });
+    const TemporaryFolder folder;
+    const std::string boxes =
+        outputOf("pdftotext -bbox " + quoted(fileWith(folder, FileFormat::kPdfText, text)) + " -");
+    EXPECT_NE(boxes.find(">including</word>"), std::string::npos) << boxes;
+    EXPECT_NE(boxes.find(">random</word>"), std::string::npos) << boxes;
+    const std::vector<std::string> top = matches(boxes, "yMin=\"");
+    ASSERT_EQ(top.size(), 2U) << boxes;
+    // from the middle of the one to that of the other, 2 pixels in 100
+    EXPECT_NEAR(std::stod(top[1]) - std::stod(top[0]), (1000 - 470) * 0.02 * 72 / 200, 0.1);
+
+    const std::string page = outputOf("unzip -p "
+        + quoted(fileWith(folder, FileFormat::kOfdText, text)) + " Doc_0/Pages/Page_0/Content.xml");
+    std::istringstream falls(matches(page, "DeltaY=\"").at(0));
+    double sum = 0;
+    int count = 0;
+    for (double fall = 0; falls >> fall; ++count) {
+        sum += fall;
+    }
+    EXPECT_EQ(count, 15); // behind the first of nine letters, a blank and six
+    EXPECT_NEAR(sum, (1200 - 300) * 0.02 * 25.4 / 200, 0.02); // "random" has 100 a letter
 }
 
 TEST(TextLayer, ofOfdStandsTransparentBeforeThePicture)
