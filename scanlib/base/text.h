@@ -17,6 +17,9 @@ void copyText(std::string_view text, char* out, std::size_t size);
 /// false when a terminator is missing.
 bool isTerminated(const char* array, std::size_t size);
 
+/// The letter that begins at this byte, which moves behind it; U+FFFD for what is no UTF-8.
+char32_t nextLetter(std::string_view text, std::size_t& at);
+
 /// Unicode letters. What is no UTF-8, and what neither PDF nor XML can hold (control characters,
 /// lone surrogates, U+FFFE), becomes U+FFFD.
 std::vector<char32_t> codePoints(std::string_view text);

@@ -1,5 +1,7 @@
 #include "scanlib/writers/flow_text.h"
 
+#include "scanlib/base/text.h"
+
 #include <algorithm>
 #include <cstdint>
 
@@ -7,37 +9,12 @@ namespace orva {
 
 namespace {
 
-constexpr char32_t kReplacement = 0xFFFD;
-constexpr char32_t kFirstCjk = 0x2E80;
 // Parts of the em square, as common text fonts have them.
 constexpr double kCjkHeight = 0.92;
 constexpr double kCapitalAscent = 0.72;
 constexpr double kSmallAscent = 0.5;
 /// Wider gaps than this stand between columns, not between words.
 constexpr double kColumnGapEm = 2.0;
-
-/// The character at `at`, which moves behind it.
-char32_t nextCharacter(std::string_view text, std::size_t& at)
-{
-    const auto first = static_cast<unsigned char>(text[at++]);
-    if (first < 0x80) {
-        return first;
-    }
-    const int more = first >= 0xF0 && first < 0xF8 ? 3 : first >= 0xE0 ? 2 : first >= 0xC2 ? 1 : 0;
-    if (more == 0 || first >= 0xF8) {
-        return kReplacement;
-    }
-    char32_t code = first & (0x3FU >> static_cast<unsigned>(more));
-    for (int i = 0; i < more; ++i) {
-        if (at >= text.size() || (static_cast<unsigned char>(text[at]) & 0xC0U) != 0x80U) {
-            return kReplacement;
-        }
-        code = (code << 6U) | (static_cast<unsigned char>(text[at++]) & 0x3FU);
-    }
-    constexpr char32_t kLeast[] = { 0, 0x80, 0x800, 0x10000 };
-    const bool surrogate = code >= 0xD800 && code < 0xE000;
-    return code < kLeast[more] || code > 0x10FFFF || surrogate ? kReplacement : code;
-}
 
 bool isTall(char32_t c)
 {
@@ -83,14 +60,23 @@ bool isBlankAtBreak(const Word& last, const Word& first)
 double emPixels(const TextLine& line)
 {
     bool tall = false;
+    bool hasCjk = false;
+    std::vector<int> heights; // of words with ideographs: a bracket reaches beyond them
     for (const Word& word : line.words) {
-        for (std::size_t at = 0; at < word.text.size();) {
-            const char32_t c = nextCharacter(word.text, at);
-            if (c >= kFirstCjk) {
-                return std::max(1.0, line.box.height() / kCjkHeight);
-            }
-            tall = tall || isTall(c);
+        bool hasIdeograph = false;
+        for (const char32_t letter : codePoints(word.text)) {
+            hasCjk = hasCjk || isCjk(letter);
+            hasIdeograph = hasIdeograph || (letter >= 0x4E00 && letter <= 0x9FFF);
+            tall = tall || isTall(letter);
         }
+        if (hasIdeograph) {
+            heights.push_back(word.box.height());
+        }
+    }
+    if (hasCjk) {
+        const auto middle = heights.begin() + static_cast<std::ptrdiff_t>(heights.size() / 2);
+        std::nth_element(heights.begin(), middle, heights.end());
+        return std::max(1.0, (heights.empty() ? line.box.height() : *middle) / kCjkHeight);
     }
     const double baseline = (line.baselineLeft + line.baselineRight) / 2.0;
     return std::max(1.0, (baseline - line.box.top) / (tall ? kCapitalAscent : kSmallAscent));
@@ -141,7 +127,7 @@ std::u16string utf16Of(std::string_view utf8)
 {
     std::u16string units;
     for (std::size_t at = 0; at < utf8.size();) {
-        const char32_t c = nextCharacter(utf8, at);
+        const char32_t c = nextLetter(utf8, at);
         if (c < 0x10000) {
             units += static_cast<char16_t>(c);
         } else {
