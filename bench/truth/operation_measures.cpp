@@ -323,16 +323,22 @@ private:
     int m_pages = 0;
 };
 
-class Background : public Measure
+/// Operations that make paper lighter: how much of it is light, and whether the print stays.
+class Lightening : public Measure
 {
 public:
+    Lightening(std::string name, bool ImageSettings::*operation)
+        : m_name(std::move(name))
+        , m_operation(operation)
+    {
+    }
     void see(const Scanned& scanned) override
     {
-        if (!scanned.truth.stampColor.isEmpty()) {
+        if (!scanned.truth.stampColor.isEmpty() || scanned.truth.words().isEmpty()) {
             return;
         }
         ImageSettings settings;
-        settings.removeBackground = true;
+        settings.*m_operation = true;
         const PageGroup group = m_times.run(scanned.page, settings);
         m_before += paperAbove(245, scanned.page, scanned.ink, scanned.truth);
         m_after += paperAbove(245, group.at(0), scanned.ink, scanned.truth);
@@ -342,14 +348,15 @@ public:
     }
     void report(std::vector<Row>& rows) override
     {
-        rows.push_back({ "Background", m_pages,
-            text("%.1f %% of the paper above level 245 (before: %.1f %%); %.2f %% of letters "
-                 "kept",
+        rows.push_back({ m_name, m_pages,
+            text("%.1f %% of the paper above level 245 (before: %.1f %%); %.2f %% of letters kept",
                 100 * m_after.value(), 100 * m_before.value(), 100 * m_letters.value()),
             m_times.median() });
     }
 
 private:
+    const std::string m_name;
+    bool ImageSettings::*const m_operation;
     Times m_times;
     Share m_before;
     Share m_after;
@@ -392,39 +399,6 @@ private:
     Errors m_error;
 };
 
-class Levels : public Measure
-{
-public:
-    void see(const Scanned& scanned) override
-    {
-        if (scanned.truth.words().isEmpty()) {
-            return;
-        }
-        ImageSettings settings;
-        settings.autoLevel = true;
-        const PageGroup group = m_times.run(scanned.page, settings);
-        m_before += paperAbove(245, scanned.page, scanned.ink, scanned.truth);
-        m_after += paperAbove(245, group.at(0), scanned.ink, scanned.truth);
-        const QTransform& place = scanned.truth.pageToScan;
-        m_letters += lettersKept(scanned.page, place, group[0], place, scanned.truth, {});
-        ++m_pages;
-    }
-    void report(std::vector<Row>& rows) override
-    {
-        rows.push_back({ "Automatic levels", m_pages,
-            text("%.1f %% of the paper above level 245 (before: %.1f %%); %.2f %% of letters kept",
-                100 * m_after.value(), 100 * m_before.value(), 100 * m_letters.value()),
-            m_times.median() });
-    }
-
-private:
-    Times m_times;
-    Share m_before;
-    Share m_after;
-    Share m_letters;
-    int m_pages = 0;
-};
-
 } // namespace
 
 std::vector<Row> measureOperations(const QString& folder)
@@ -438,8 +412,8 @@ std::vector<Row> measureOperations(const QString& folder)
     Dropout reinforced(orva::ColorMode::kColor, true);
     DenoiseMeasure normal(orva::Denoise::kNormal);
     DenoiseMeasure strong(orva::Denoise::kStrong);
-    Background background;
-    Levels levels;
+    Lightening background("Background", &ImageSettings::removeBackground);
+    Lightening levels("Automatic levels", &ImageSettings::autoLevel);
     BlackWhite fixedThreshold(orva::DocumentType::kPictures);
     BlackWhite byPaper(orva::DocumentType::kText);
     for (Dropout* dropout : { &gray, &color, &reinforced }) {
