@@ -8,7 +8,6 @@
 
 #include <array>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <ctime>
 
@@ -19,12 +18,9 @@ namespace {
 std::string xmpDate(std::int64_t unixSeconds)
 {
     const std::tm parts = localTime(unixSeconds);
-    const long minutes = parts.tm_gmtoff / 60;
-    std::array<char, 64> text {};
-    std::snprintf(text.data(), text.size(), "%04d-%02d-%02dT%02d:%02d:%02d%c%02ld:%02ld",
-        parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday, parts.tm_hour, parts.tm_min,
-        parts.tm_sec, minutes < 0 ? '-' : '+', std::labs(minutes) / 60, std::labs(minutes) % 60);
-    return text.data();
+    char text[40] = "";
+    std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S%z", &parts);
+    return std::string(text).insert(std::strlen(text) - 2, ":");
 }
 
 /// The date that PNG recommends: RFC 1123, in UTC, with English names under any locale.
@@ -122,12 +118,9 @@ Splice pictureMetadata(const std::vector<std::uint8_t>& head, const DocumentInfo
 std::string pdfDate(std::int64_t unixSeconds)
 {
     const std::tm parts = localTime(unixSeconds);
-    const long minutes = parts.tm_gmtoff / 60;
-    std::array<char, 64> text {};
-    std::snprintf(text.data(), text.size(), "D:%04d%02d%02d%02d%02d%02d%c%02ld'%02ld'",
-        parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday, parts.tm_hour, parts.tm_min,
-        parts.tm_sec, minutes < 0 ? '-' : '+', std::labs(minutes) / 60, std::labs(minutes) % 60);
-    return text.data();
+    char text[40] = "";
+    std::strftime(text, sizeof text, "D:%Y%m%d%H%M%S%z", &parts);
+    return std::string(text).insert(std::strlen(text) - 2, "'") + "'";
 }
 
 std::string xmpPacket(const DocumentInfo& info, PdfClaim claim)
