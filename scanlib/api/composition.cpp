@@ -12,7 +12,7 @@ SessionParts installedParts()
 {
     SessionParts parts;
     parts.paths = installedLibraryPaths();
-    parts.config.recognition.library = parts.paths.recognition;
+    parts.config.recognition.engineFile = parts.paths.recognition;
     parts.makeDrivers = [](const LibraryPaths& paths) {
         std::vector<std::unique_ptr<Driver>> drivers;
         drivers.push_back(makeSaneDriver(paths.saneHost, paths.saneModels));

@@ -64,7 +64,7 @@ public:
             return status;
         }
         auto made = std::make_unique<Reader>();
-        Status status = makeEngine(settings.library, made->engine);
+        Status status = makeEngine(settings.engineFile, made->engine);
         if (status.ok()) {
             status = made->engine->load(folder, languages);
         }

@@ -21,7 +21,7 @@ struct RecognitionSettings
     /// Where the models lie; empty for the place where the system installs them.
     std::filesystem::path models;
     /// The library that the recogniser is in: libOrva_OCR.so.
-    std::filesystem::path library;
+    std::filesystem::path engineFile;
 };
 
 /// What a job will ask for.

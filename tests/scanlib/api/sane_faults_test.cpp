@@ -152,7 +152,7 @@ TEST_F(SaneFaults, EachHasItsCodeItsTextAndKeepsWhatWasScanned)
 TEST_F(SaneFaults, WithoutRecognitionTextIsRefusedAndPicturesAreScanned)
 {
     const RecognitionSettings whole = recognition;
-    std::string needingOther = contentOf(whole.library);
+    std::string needingOther = contentOf(whole.engineFile);
     const std::string tesseract = "libtesseract.so";
     ASSERT_NE(needingOther.find(tesseract), std::string::npos);
     needingOther.replace(needingOther.find(tesseract), tesseract.size(), "libtesseraKt.so");
@@ -170,8 +170,9 @@ TEST_F(SaneFaults, WithoutRecognitionTextIsRefusedAndPicturesAreScanned)
         { "library damaged", { "eng", {}, folder.path() / "broken.so" }, "broken.so" },
         { "library of another kind", { "eng", {}, "libm.so.6" }, "another version" },
         { "Tesseract absent", { "eng", {}, folder.path() / "other.so" }, "libtesseraKt.so" },
-        { "model absent", { "eng", folder.path() / "empty", whole.library }, "tesseract-ocr-eng" },
-        { "model damaged", { "eng", folder.path() / "damaged", whole.library }, "eng" },
+        { "model absent", { "eng", folder.path() / "empty", whole.engineFile },
+            "tesseract-ocr-eng" },
+        { "model damaged", { "eng", folder.path() / "damaged", whole.engineFile }, "eng" },
     };
     std::filesystem::create_directory(folder.path() / "damaged");
     writeFile(folder.path() / "damaged" / "eng.traineddata", "no model");

@@ -61,14 +61,14 @@ TEST(LibraryConfig, namesModelsAndTheirFolderAndNothingThatIsNoSuchThing)
         { std::string(1U << 20U, 'x') + "\nocr_languages = eng", "eng", "" },
     };
     LibraryConfig otherwise;
-    otherwise.recognition.library = "/lib/libOrva_OCR.so";
+    otherwise.recognition.engineFile = "/lib/libOrva_OCR.so";
     for (const Row& row : rows) {
         SCOPED_TRACE(row.line.substr(0, 60));
         std::ofstream(file) << row.line;
         const RecognitionSettings read = readLibraryConfig(file, otherwise).recognition;
         EXPECT_EQ(read.languages, row.languages);
         EXPECT_EQ(read.models, row.models);
-        EXPECT_EQ(read.library, otherwise.recognition.library);
+        EXPECT_EQ(read.engineFile, otherwise.recognition.engineFile);
     }
     // neither a folder nor nothing in its place is a fault
     for (const std::filesystem::path& none : { folder.path(), folder.path() / "none" }) {
