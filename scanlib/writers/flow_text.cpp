@@ -11,10 +11,16 @@ namespace {
 
 // Parts of the em square, as common text fonts have them.
 constexpr double kCjkHeight = 0.92;
+constexpr double kCjkGap = 0.08; // beside the ink of a letter
 constexpr double kCapitalAscent = 0.72;
 constexpr double kSmallAscent = 0.5;
 /// Wider gaps than this stand between columns, not between words.
 constexpr double kColumnGapEm = 2.0;
+
+bool isIdeograph(char32_t c)
+{
+    return c >= 0x4E00 && c <= 0x9FFF;
+}
 
 bool isTall(char32_t c)
 {
@@ -61,22 +67,27 @@ double emPixels(const TextLine& line)
 {
     bool tall = false;
     bool hasCjk = false;
-    std::vector<int> heights; // of words with ideographs: a bracket reaches beyond them
+    std::vector<double> squares; // as words of ideographs tell them
+    std::vector<double> single; // words of one, which may be a narrow one
     for (const Word& word : line.words) {
-        bool hasIdeograph = false;
-        for (const char32_t letter : codePoints(word.text)) {
-            hasCjk = hasCjk || isCjk(letter);
-            hasIdeograph = hasIdeograph || (letter >= 0x4E00 && letter <= 0x9FFF);
-            tall = tall || isTall(letter);
-        }
-        if (hasIdeograph) {
-            heights.push_back(word.box.height());
+        const std::vector<char32_t> letters = codePoints(word.text);
+        hasCjk = hasCjk || std::any_of(letters.begin(), letters.end(), isCjk);
+        tall = tall || std::any_of(letters.begin(), letters.end(), isTall);
+        // Side by side they tell their size better than by their height, which a bracket raises.
+        if (std::all_of(letters.begin(), letters.end(), isIdeograph)) {
+            const double count = std::max(1.0, static_cast<double>(letters.size()));
+            (count > 1 ? squares : single).push_back(word.box.width() / (count - kCjkGap));
         }
     }
+    squares = squares.empty() ? single : squares;
     if (hasCjk) {
-        const auto middle = heights.begin() + static_cast<std::ptrdiff_t>(heights.size() / 2);
-        std::nth_element(heights.begin(), middle, heights.end());
-        return std::max(1.0, (heights.empty() ? line.box.height() : *middle) / kCjkHeight);
+        double em = line.box.height() / kCjkHeight;
+        if (!squares.empty()) {
+            const auto middle = squares.begin() + static_cast<std::ptrdiff_t>(squares.size() / 2);
+            std::nth_element(squares.begin(), middle, squares.end());
+            em = std::min(em, *middle);
+        }
+        return std::max(1.0, em);
     }
     const double baseline = (line.baselineLeft + line.baselineRight) / 2.0;
     return std::max(1.0, (baseline - line.box.top) / (tall ? kCapitalAscent : kSmallAscent));

@@ -21,8 +21,9 @@ std::vector<int> tabStops(const Paragraph& paragraph);
 /// the next: not after a hyphen or a slash, and not between Chinese characters.
 bool isBlankAtBreak(const Word& last, const Word& first);
 
-/// Height of the em square that the line was set in, pixels; at least 1. From the full height of
-/// Chinese characters, else from the ascent of capitals, digits or small letters.
+/// Side of the em square that the line was set in, pixels; at least 1. From the width of Chinese
+/// words, else from the height of Chinese characters, else from the ascent of capitals, digits or
+/// small letters.
 double emPixels(const TextLine& line);
 
 /// What is no UTF-8 becomes U+FFFD.

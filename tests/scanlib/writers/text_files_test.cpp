@@ -2,6 +2,7 @@
 #include "scanlib/writers/biff_records.h"
 #include "scanlib/writers/biff_workbook.h"
 #include "scanlib/writers/cell_number.h"
+#include "scanlib/writers/flow_text.h"
 #include "scanlib/writers/ole_container.h"
 #include "tests/scanlib/writers/other_programs.h"
 #include "tests/scanlib/writers/text_pages.h"
@@ -147,6 +148,28 @@ TEST_F(TextFile, anyLettersCanBeSearchedInValidFiles)
                       .find(row.found),
             std::string::npos)
             << row.found;
+    }
+}
+
+/// Lines of 40 pixels to the em whose box is raised by a bracket or by the line above.
+TEST(EmSquare, isToldByIdeographsAndNotByWhatReachesBeyondThem)
+{
+    const struct
+    {
+        TextLine line;
+        double em;
+    } rows[] = {
+        { { { 0, 0, 400, 37 }, 33, 33, { { { 0, 0, 37, 37 }, 90, "档" } } }, 40 },
+        { { { 0, 0, 400, 60 }, 50, 50,
+              { { { 0, 10, 77, 47 }, 90, "档案" }, { { 80, 0, 100, 60 }, 90, "（" },
+                  { { 120, 10, 237, 47 }, 90, "管理室" }, { { 240, 10, 262, 47 }, 90, "卜" } } },
+            40 },
+        // a word that was given the place of the whole line
+        { { { 0, 0, 400, 37 }, 33, 33, { { { 0, 0, 400, 37 }, 90, "档案" } } }, 40 },
+        { { { 0, 0, 400, 29 }, 29, 29, { { { 0, 0, 90, 29 }, 90, "Desk" } } }, 40 },
+    };
+    for (const auto& row : rows) {
+        EXPECT_NEAR(emPixels(row.line), row.em, 1.5) << lineText(row.line);
     }
 }
 
