@@ -49,6 +49,7 @@ SANE_Status doGetDevices(const SANE_Device*** list, SANE_Bool)
 {
     record("get_devices");
     if (g_script->searchSilent) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
         keepSilent(false);
     }
     static std::vector<SANE_Device> devices;
@@ -208,7 +209,8 @@ void doExit()
     record("exit");
 }
 
-/// The helper as a thread. Killing it lets the driver out of its call.
+/// The helper as a thread. Killing it lets the driver out of its call, also of one that it is
+/// still on its way into.
 class ScriptedHost final : public orva::SaneHost
 {
 public:
@@ -234,7 +236,9 @@ public:
     }
     ~ScriptedHost() override
     {
-        kill();
+        do {
+            kill();
+        } while (!waitEnded(std::chrono::milliseconds(5)));
         m_thread.join();
     }
     ScriptedHost(const ScriptedHost&) = delete;
