@@ -88,16 +88,21 @@ bool VirtualDisplay::waitGone(const std::string& title, std::chrono::millisecond
     return waitUntil([&] { return find(title) == 0; }, limit);
 }
 
+std::string VirtualDisplay::focused() const
+{
+    return firstLine(run(tool({ "xdotool", "getwindowfocus", "getwindowname" })).output);
+}
+
 void VirtualDisplay::key(WindowId window, const std::string& key) const
 {
-    run(tool({ "xdotool", "windowfocus", "--sync", std::to_string(window), "key",
+    run(tool({ "xdotool", "windowactivate", "--sync", std::to_string(window), "key",
             "--clearmodifiers", key }),
         5s);
 }
 
 void VirtualDisplay::type(WindowId window, const std::string& text) const
 {
-    run(tool({ "xdotool", "windowfocus", "--sync", std::to_string(window), "type",
+    run(tool({ "xdotool", "windowactivate", "--sync", std::to_string(window), "type",
             "--clearmodifiers", "--delay", "20", text }),
         10s);
 }

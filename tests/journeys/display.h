@@ -32,7 +32,10 @@ public:
     bool waitGone(
         const std::string& title, std::chrono::milliseconds limit = std::chrono::seconds(10)) const;
 
-    /// Gives the window the focus and presses a key ("Return", "ctrl+q").
+    /// Title of the window that keys go to.
+    std::string focused() const;
+    /// Gives the window the focus, by way of the window manager, which else may move it on to
+    /// another one, and presses a key ("Return", "ctrl+q").
     void key(WindowId window, const std::string& key) const;
     /// Gives the window the focus and types a text of plain letters, digits and signs.
     void type(WindowId window, const std::string& text) const;

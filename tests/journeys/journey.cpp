@@ -227,7 +227,8 @@ void Journey::dismiss(const std::string& title)
     const WindowId box = display().wait(title);
     ASSERT_NE(box, 0U) << title;
     display().key(box, "Return");
-    EXPECT_TRUE(display().waitGone(title)) << title;
+    EXPECT_TRUE(display().waitGone(title))
+        << title << " stays; keys go to \"" << display().focused() << '"';
 }
 
 void Journey::closeByKey()
