@@ -5,6 +5,7 @@
 
 #include <QGuiApplication>
 #include <QScreen>
+#include <QWindow>
 
 namespace {
 
@@ -50,10 +51,20 @@ void MainWindow::onShowScanError(int code)
     box.show();
 }
 
+/// A modal dialog asks for the keys once the window manager has shown it, also when it is hidden by
+/// then; the message that came in between would get none. So one that is still on its way goes
+/// altogether.
 void MainWindow::hideProgress()
 {
-    if (m_statusDialog != nullptr) {
-        m_statusDialog->hide();
+    if (m_statusDialog == nullptr) {
+        return;
+    }
+    const bool isOnItsWay =
+        m_statusDialog->isVisible() && !m_statusDialog->windowHandle()->isExposed();
+    m_statusDialog->hide();
+    if (isOnItsWay) {
+        delete m_statusDialog;
+        m_statusDialog = nullptr;
     }
 }
 

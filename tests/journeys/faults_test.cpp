@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 
 #include <filesystem>
+#include <thread>
 
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
@@ -102,6 +103,23 @@ TEST_F(FaultJourney, anEmptyFeederAsksForPaper)
 
     loadSheets(1);
     expectScanWorks(2, folder(), { "Card-007.jpg", "Card-008.jpg" });
+    closeByKey();
+}
+
+TEST_F(FaultJourney, anErrorBeforeTheProgressIsOnTheScreenTakesTheKeys)
+{
+    setEnvironment("QT_PLUGIN_PATH", JOURNEY_PLUGINS);
+    setEnvironment("QT_QPA_GENERIC_PLUGINS", "operator");
+    setEnvironment("JOURNEY_OPERATOR", Sandbox::path("op"));
+    setEnvironment("JOURNEY_STALL", "300"); // the window manager is faster than it
+    writeSettings();
+    scanner({ "unload" });
+    openMainWindow();
+    pressScan();
+    ASSERT_TRUE(waitForIdle(1));
+    std::this_thread::sleep_for(1s); // until it answers again
+    dismiss(titles::kNotice);
+    EXPECT_EQ(display().find(titles::kScanning), 0U);
     closeByKey();
 }
 

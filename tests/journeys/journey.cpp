@@ -75,8 +75,9 @@ void Journey::TearDown()
         return;
     }
     const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-    const std::string picture =
-        m_display->screenshot(std::string(test->test_suite_name()) + "-" + test->name());
+    std::string name = std::string(test->test_suite_name()) + "-" + test->name();
+    std::replace(name.begin(), name.end(), '/', '-');
+    const std::string picture = m_display->screenshot(name);
     std::cout << "the display: " << picture << '\n';
     for (const auto& process : m_started) {
         std::cout << "---- output of process " << process->id() << '\n' << process->output();

@@ -5,6 +5,7 @@
 //   set NAME|VALUE      brings the control to its page and sets it by keys, as an operator does
 //   press NAME          clicks the button after the answer, since a dialog may open
 //
+// With JOURNEY_STALL each window keeps the application busy for so many ms while it comes up.
 // A control that cannot be seen or is disabled is refused. The application itself is unchanged.
 #include <QAbstractButton>
 #include <QApplication>
@@ -17,6 +18,7 @@
 #include <QSocketNotifier>
 #include <QSpinBox>
 #include <QTabWidget>
+#include <QThread>
 #include <QTimer>
 #include <QtTest>
 
@@ -183,6 +185,34 @@ private:
     int m_socket = -1;
 };
 
+/// What the other threads report meanwhile is heard before what the display has to say.
+class Stall : public QObject
+{
+public:
+    explicit Stall(unsigned long ms)
+        : m_ms(ms)
+    {
+    }
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        const auto* widget = qobject_cast<QWidget*>(watched);
+        if (event->type() == QEvent::Show && widget != nullptr && widget->isWindow()) {
+            QMetaObject::invokeMethod(
+                this,
+                [this] {
+                    QThread::msleep(m_ms); // the window is on the screen, and jobs have begun
+                    QCoreApplication::sendPostedEvents();
+                    QThread::msleep(m_ms); // so is what they have brought up
+                },
+                Qt::QueuedConnection);
+        }
+        return false;
+    }
+
+private:
+    const unsigned long m_ms;
+};
+
 } // namespace
 
 class OperatorPlugin : public QGenericPlugin
@@ -197,6 +227,11 @@ public:
         QTimer::singleShot(0, this, [] {
             auto* hands = new Operator(qgetenv("JOURNEY_OPERATOR"));
             hands->setParent(qApp);
+            if (qEnvironmentVariableIsSet("JOURNEY_STALL")) {
+                auto* stall = new Stall(qgetenv("JOURNEY_STALL").toULong());
+                stall->setParent(qApp);
+                qApp->installEventFilter(stall);
+            }
         });
         return new QObject;
     }
