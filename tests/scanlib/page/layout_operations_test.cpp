@@ -138,6 +138,40 @@ TEST(Holes, areCoveredAndWhatOnlyResemblesThemStays)
     }
 }
 
+TEST(Holes, ofEveryPunchAreCoveredAtEveryEdge)
+{
+    struct Punch
+    {
+        int count;
+        double pitch; ///< mm, as all below
+        double fromEdge;
+        double diameter;
+    };
+    constexpr Punch kPunches[] = { { 2, 80, 12, 6 }, { 3, 108, 12, 8 }, { 4, 80, 12, 6 },
+        { 30, 9.5, 6.5, 5.5 } };
+    constexpr Color kPaper { 240, 235, 220 };
+    constexpr Color kHole { 25, 25, 25 };
+    for (const Punch& punch : kPunches) {
+        for (const char* edge : { "left", "right", "top" }) {
+            SCOPED_TRACE(std::to_string(punch.count) + " holes, " + edge);
+            const bool isTop = *edge == 't';
+            Page page = blankPage(
+                isTop ? kHeight : kWidth, isTop ? kWidth : kHeight, PixelFormat::kRgb, kPaper);
+            const Page paper = page;
+            const int length = isTop ? page.width : page.height;
+            for (int i = 0; i < punch.count; ++i) {
+                const int along = length / 2 + mm((i - (punch.count - 1) / 2.0) * punch.pitch);
+                const int from = mm(punch.fromEdge);
+                const int x = isTop ? along : *edge == 'r' ? page.width - from : from;
+                fillDisc(page, x, isTop ? from : along, mm(punch.diameter / 2), kHole);
+            }
+            EXPECT_FALSE(page.pixels == paper.pixels);
+            removeHoles(page);
+            EXPECT_TRUE(page.pixels == paper.pixels);
+        }
+    }
+}
+
 /// A page as the scanner sees it: turned clockwise around its middle on a larger area of backing.
 Page scannedTilted(const Page& page, double degrees, int width, int height, Color backing)
 {
