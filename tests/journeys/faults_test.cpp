@@ -91,27 +91,9 @@ TEST_F(FaultJourney, aDamagedPageEndsTheJobAndTheNextOneWorks)
 
 TEST_F(FaultJourney, anEmptyFeederAsksForPaper)
 {
-    writeSettings();
-    scanner({ "unload" });
-    openMainWindow();
-    pressScan();
-    dismiss(titles::kNotice);
-    ASSERT_TRUE(waitForIdle(1));
-    EXPECT_THAT(Sandbox::runLog(), HasSubstr("nErrorCode = -40"));
-    EXPECT_THAT(Sandbox::runLog(), HasSubstr("扫描仪无纸。请放入纸张后重新扫描。"));
-    EXPECT_THAT(namesIn(folder()), IsEmpty());
-
-    loadSheets(1);
-    expectScanWorks(2, folder(), { "Card-007.jpg", "Card-008.jpg" });
-    closeByKey();
-}
-
-TEST_F(FaultJourney, anErrorBeforeTheProgressIsOnTheScreenTakesTheKeys)
-{
-    setEnvironment("QT_PLUGIN_PATH", JOURNEY_PLUGINS);
-    setEnvironment("QT_QPA_GENERIC_PLUGINS", "operator");
-    setEnvironment("JOURNEY_OPERATOR", Sandbox::path("op"));
-    setEnvironment("JOURNEY_STALL", "300"); // the window manager is faster than it
+    // The message comes before the application knows that its progress is on the screen.
+    letOperatorIn();
+    setEnvironment("JOURNEY_STALL", "300");
     writeSettings();
     scanner({ "unload" });
     openMainWindow();
@@ -119,7 +101,12 @@ TEST_F(FaultJourney, anErrorBeforeTheProgressIsOnTheScreenTakesTheKeys)
     ASSERT_TRUE(waitForIdle(1));
     std::this_thread::sleep_for(1s); // until it answers again
     dismiss(titles::kNotice);
-    EXPECT_EQ(display().find(titles::kScanning), 0U);
+    EXPECT_THAT(Sandbox::runLog(), HasSubstr("nErrorCode = -40"));
+    EXPECT_THAT(Sandbox::runLog(), HasSubstr("扫描仪无纸。请放入纸张后重新扫描。"));
+    EXPECT_THAT(namesIn(folder()), IsEmpty());
+
+    loadSheets(1);
+    expectScanWorks(2, folder(), { "Card-007.jpg", "Card-008.jpg" });
     closeByKey();
 }
 

@@ -85,6 +85,15 @@ void Journey::TearDown()
     std::cout << "---- run log\n" << Sandbox::runLog() << "---- end\n";
 }
 
+std::string Journey::letOperatorIn()
+{
+    const std::string socket = Sandbox::path("op");
+    setEnvironment("QT_PLUGIN_PATH", JOURNEY_PLUGINS);
+    setEnvironment("QT_QPA_GENERIC_PLUGINS", "operator");
+    setEnvironment("JOURNEY_OPERATOR", socket);
+    return socket;
+}
+
 void Journey::writeSettings(const Settings& changes, const QString& device)
 {
     Settings settings {

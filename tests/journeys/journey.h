@@ -59,6 +59,8 @@ protected:
     {
         m_environment[name] = value;
     }
+    /// The application loads the operator plugin; returns the socket that it listens at.
+    std::string letOperatorIn();
     /// Settings of a device as the application itself leaves them, so that it finds itself used
     /// before: two-sided feeder, colour, business card, 100 dpi, no image operation, files
     /// "Card-007.jpg" and on in folder(). The given ones replace some.

@@ -75,11 +75,8 @@ class SettingsJourney : public Journey
 {
 protected:
     SettingsJourney()
-        : m_socket(Sandbox::path("op"))
+        : m_socket(letOperatorIn())
     {
-        setEnvironment("QT_PLUGIN_PATH", JOURNEY_PLUGINS);
-        setEnvironment("QT_QPA_GENERIC_PLUGINS", "operator");
-        setEnvironment("JOURNEY_OPERATOR", m_socket);
     }
 
     std::string ask(const std::string& request) const

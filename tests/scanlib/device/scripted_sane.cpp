@@ -49,7 +49,6 @@ SANE_Status doGetDevices(const SANE_Device*** list, SANE_Bool)
 {
     record("get_devices");
     if (g_script->searchSilent) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(100));
         keepSilent(false);
     }
     static std::vector<SANE_Device> devices;
