@@ -11,7 +11,6 @@
 
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
-using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 

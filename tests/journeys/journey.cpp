@@ -87,7 +87,7 @@ void Journey::TearDown()
 
 std::string Journey::letOperatorIn()
 {
-    const std::string socket = Sandbox::path("op");
+    std::string socket = Sandbox::path("op");
     setEnvironment("QT_PLUGIN_PATH", JOURNEY_PLUGINS);
     setEnvironment("QT_QPA_GENERIC_PLUGINS", "operator");
     setEnvironment("JOURNEY_OPERATOR", socket);
